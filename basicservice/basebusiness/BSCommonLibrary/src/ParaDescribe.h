@@ -1,0 +1,296 @@
+// Record descriptions and the walkers over them.
+//
+// Each record is described once, by a function template
+//
+//     template <class W> void Describe(W& w, Record& r)
+//
+// that names its fields in the reading order of its JSON object, with the
+// macros below. Every macro also checks the field's byte offset at compile
+// time. The same description is walked by
+//   - JsonWalk: fills the record from a JSON object (the parsers),
+//   - LayoutWalk: lists each field with its path, JSON key path, offset, size
+//     and type (the tools, and the tests that check that a description covers
+//     every byte of its record).
+#ifndef PARA_DESCRIBE_H
+#define PARA_DESCRIBE_H
+
+#include "ParaJsonReader.h"
+
+#include <json/value.h>
+
+#include <cstddef>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#define PARA_AT(off, m) \
+    static_assert(offsetof(std::remove_reference_t<decltype(r)>, m) == (off), "offset of " #m)
+
+// A scalar field read from the key of the same name.
+#define PARA_FIELD(off, m) PARA_AT(off, m); w.field(#m, #m, r.m)
+// A scalar field read from another key (a group's member, say).
+#define PARA_FIELD_KEY(off, m, key) PARA_AT(off, m); w.field(#m, key, r.m)
+// A fixed-size text field (char[N] or unsigned char[N]).
+#define PARA_TEXT(off, m) PARA_AT(off, m); w.text(#m, #m, r.m)
+#define PARA_TEXT_KEY(off, m, key) PARA_AT(off, m); w.text(#m, key, r.m)
+// A bounded array: entry i is read only when the JSON value is an array with a
+// valid index i. Elements may be scalars, described records or arrays again.
+#define PARA_ARRAY(off, m) PARA_AT(off, m); w.array(#m, #m, r.m)
+#define PARA_ARRAY_KEY(off, m, key) PARA_AT(off, m); w.array(#m, key, r.m)
+// The same, where the object being described is itself the JSON array.
+#define PARA_ARRAY_SELF(off, m) PARA_AT(off, m); w.array(#m, nullptr, r.m)
+// A bounded array of fixed-size texts, each element a JSON string.
+#define PARA_TEXTS(off, m) PARA_AT(off, m); w.texts(#m, #m, r.m)
+// An embedded record filled by its own parser from the object under the key.
+#define PARA_SUBRECORD(off, m, parser) PARA_AT(off, m); w.sub(#m, #m, r.m, parser)
+// A field filled by a named conversion step (see the steps in the descriptions).
+#define PARA_CUSTOM(off, m, step) PARA_AT(off, m); w.custom(#m, r.m, step)
+// Bytes no parser writes.
+#define PARA_RESERVED(off, m) PARA_AT(off, m); w.reserved(#m, r.m)
+// Fields read from the object under `key`; the fields stay in this record.
+#define PARA_GROUP(key, ...) w.group(key, [&] { __VA_ARGS__; })
+
+namespace para {
+
+// Member lookup that never throws: a non-object (array, number, string,
+// boolean) yields the null value like an absent key does.
+inline const Json::Value& Member(const Json::Value& value, const char* key)
+{
+    return value.isObject() ? value[key] : Json::Value::nullSingleton();
+}
+
+// "PARAMETER" -> "MDVR" -> key of a parameter document.
+inline const Json::Value& Section(const Json::Value& doc, const char* key)
+{
+    return Member(Member(Member(doc, "PARAMETER"), "MDVR"), key);
+}
+
+// Element i of an array value, or null when the value is no array or too short.
+inline const Json::Value* Element(const Json::Value& value, unsigned index)
+{
+    return value.isArray() && value.isValidIndex(index) ? &value[index] : nullptr;
+}
+
+// The reader of a scalar field's width, with the default 0 that every
+// parameter field has.
+template <class T> int ReadScalar(const Json::Value& value, T& dst)
+{
+    if constexpr (std::is_floating_point_v<T>)
+        return GetJsonFloat(value, dst, 0.0f);
+    else
+        return GetJsonIntegral(value, dst, T(0));
+}
+
+// Fills a record from a JSON object. Navigation only: the readers and the
+// sub-record parsers do the conversions.
+class JsonWalk {
+public:
+    explicit JsonWalk(const Json::Value& object) : cur_(&object) {}
+
+    template <class T> void field(const char*, const char* key, T& f) { ReadScalar(Member(*cur_, key), f); }
+
+    template <class C, size_t N> void text(const char*, const char* key, C (&f)[N])
+    {
+        GetJsonCString(Member(*cur_, key), f, int(N));
+    }
+
+    template <class E, size_t N> void array(const char*, const char* key, E (&a)[N])
+    {
+        Elements(key ? Member(*cur_, key) : *cur_, a);
+    }
+
+    template <class C, size_t N, size_t M> void texts(const char*, const char* key, C (&a)[M][N])
+    {
+        const Json::Value& list = Member(*cur_, key);
+        for (unsigned i = 0; i < M; ++i)
+            if (const Json::Value* e = Element(list, i))
+                GetJsonCString(*e, a[i], int(N));
+    }
+
+    template <class S, class Parser> void sub(const char*, const char* key, S& s, Parser parser)
+    {
+        parser(Member(*cur_, key), s);
+    }
+
+    template <class F, class Step> void custom(const char*, F& f, const Step& step) { step.Read(*cur_, f); }
+
+    template <class F> void reserved(const char*, F&) {}
+
+    template <class Body> void group(const char* key, Body body)
+    {
+        const Json::Value* outer = cur_;
+        cur_ = &Member(*outer, key);
+        body();
+        cur_ = outer;
+    }
+
+private:
+    template <class E, size_t N> void Elements(const Json::Value& list, E (&a)[N])
+    {
+        for (unsigned i = 0; i < N; ++i)
+            if (const Json::Value* e = Element(list, i))
+                Visit(*e, a[i]);
+    }
+
+    template <class E> void Visit(const Json::Value& value, E& e)
+    {
+        if constexpr (std::is_arithmetic_v<E>) {
+            ReadScalar(value, e);
+        } else if constexpr (std::is_array_v<E>) {
+            Elements(value, e);
+        } else {
+            const Json::Value* outer = cur_;
+            cur_ = &value;
+            Describe(*this, e);
+            cur_ = outer;
+        }
+    }
+
+    const Json::Value* cur_;
+};
+
+// Reads a section object into its record: -1 without writing when the
+// section is empty or absent, else 0.
+template <class R> int WalkSection(const Json::Value& section, R& record)
+{
+    if (section.empty())
+        return -1;
+    JsonWalk walk(section);
+    Describe(walk, record);
+    return 0;
+}
+
+// ---------------------------------------------------------------------------
+// Layout: what the description says about every byte of a record.
+
+enum class Kind { Unsigned, Signed, Char, Float, Text, Reserved };
+
+struct FieldInfo {
+    std::string path;    // field path in the record, e.g. "P1[0].CS_MP"
+    std::string keys;    // JSON key path under the section, e.g. "P1[0].CS.MP"
+    size_t offset;
+    size_t size;         // bytes
+    Kind kind;
+};
+
+// Name of a field's type as the layout shows it ("u16", "char[16]", "u8[2]").
+inline std::string TypeName(const FieldInfo& f)
+{
+    const std::string bits = std::to_string(8 * f.size);
+    switch (f.kind) {
+    case Kind::Unsigned: return "u" + bits;
+    case Kind::Signed: return "i" + bits;
+    case Kind::Char: return "char";
+    case Kind::Float: return "f" + bits;
+    case Kind::Text: return "char[" + std::to_string(f.size) + "]";
+    case Kind::Reserved: break;
+    }
+    return "u8[" + std::to_string(f.size) + "]";
+}
+
+class LayoutWalk {
+public:
+    LayoutWalk(const void* base, std::vector<FieldInfo>& out) : base_(static_cast<const char*>(base)), out_(out) {}
+
+    template <class T> void field(const char* name, const char* key, T& f)
+    {
+        Leaf(path_ + name, keys_ + key, f);
+    }
+
+    template <class C, size_t N> void text(const char* name, const char* key, C (&f)[N])
+    {
+        Emit(path_ + name, keys_ + key, &f, N, Kind::Text);
+    }
+
+    template <class E, size_t N> void array(const char* name, const char* key, E (&a)[N])
+    {
+        std::string keys = key ? keys_ + key : keys_.substr(0, keys_.empty() ? 0 : keys_.size() - 1);
+        Elements(path_ + name, keys, a);
+    }
+
+    template <class C, size_t N, size_t M> void texts(const char* name, const char* key, C (&a)[M][N])
+    {
+        for (size_t i = 0; i < M; ++i)
+            Emit(path_ + name + Index(i), keys_ + key + Index(i), &a[i], N, Kind::Text);
+    }
+
+    template <class S, class Parser> void sub(const char* name, const char* key, S& s, Parser)
+    {
+        Visit(path_ + name, keys_ + key, s);
+    }
+
+    template <class F, class Step> void custom(const char* name, F& f, const Step& step)
+    {
+        Leaf(path_ + name, keys_ + step.Keys(), f);
+    }
+
+    template <class F> void reserved(const char* name, F& f) { Emit(path_ + name, "", &f, sizeof f, Kind::Reserved); }
+
+    template <class Body> void group(const char* key, Body body)
+    {
+        std::string outer = keys_;
+        keys_ += key;
+        keys_ += '.';
+        body();
+        keys_ = outer;
+    }
+
+private:
+    static std::string Index(size_t i) { return "[" + std::to_string(i) + "]"; }
+
+    template <class T> void Leaf(const std::string& path, const std::string& keys, T& f)
+    {
+        if constexpr (std::is_array_v<T>) {
+            Elements(path, keys, f);
+        } else {
+            static_assert(std::is_arithmetic_v<T>, "a scalar field");
+            Kind kind = std::is_floating_point_v<T>   ? Kind::Float
+                        : std::is_same_v<T, char>     ? Kind::Char
+                        : std::is_signed_v<T>         ? Kind::Signed
+                                                      : Kind::Unsigned;
+            Emit(path, keys, &f, sizeof f, kind);
+        }
+    }
+
+    template <class E, size_t N> void Elements(const std::string& path, const std::string& keys, E (&a)[N])
+    {
+        for (size_t i = 0; i < N; ++i)
+            Visit(path + Index(i), keys + Index(i), a[i]);
+    }
+
+    template <class E> void Visit(const std::string& path, const std::string& keys, E& e)
+    {
+        if constexpr (std::is_arithmetic_v<E> || std::is_array_v<E>) {
+            Leaf(path, keys, e);
+        } else {
+            std::string outerPath = path_, outerKeys = keys_;
+            path_ = path + ".";
+            keys_ = keys + ".";
+            Describe(*this, e);
+            path_ = outerPath;
+            keys_ = outerKeys;
+        }
+    }
+
+    void Emit(std::string path, std::string keys, const void* at, size_t size, Kind kind)
+    {
+        out_.push_back({std::move(path), std::move(keys), size_t(static_cast<const char*>(at) - base_), size, kind});
+    }
+
+    const char* base_;
+    std::vector<FieldInfo>& out_;
+    std::string path_, keys_;
+};
+
+// The fields of a record in description order.
+template <class R> std::vector<FieldInfo> Layout(R& record)
+{
+    std::vector<FieldInfo> fields;
+    LayoutWalk walk(&record, fields);
+    Describe(walk, record);
+    return fields;
+}
+
+} // namespace para
+
+#endif

@@ -1,0 +1,10 @@
+// Every parameter type with a parser: X(type, section key, parser, record).
+#ifndef PARA_TYPE_TABLE_H
+#define PARA_TYPE_TABLE_H
+
+#include "CommonParaAdapter.h"
+#include "DeviceParams.h"
+
+#define PARA_TYPES(X) PARA_TYPES_DEVICE(X)
+
+#endif
