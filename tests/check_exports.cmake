@@ -1,5 +1,6 @@
 # Compares the dynamic symbols that the library defines with the expected
-# list of exported signatures, one per line. Fails on a missing or extra one.
+# lists of exported signatures (every *.txt in EXPECTED, one signature a line).
+# Fails on a missing or an extra one.
 execute_process(COMMAND ${NM} -DC --defined-only ${LIBRARY}
     OUTPUT_VARIABLE nm_out RESULT_VARIABLE nm_result)
 if(NOT nm_result EQUAL 0)
@@ -12,7 +13,12 @@ foreach(line IN LISTS nm_lines)
         list(APPEND actual "${CMAKE_MATCH_1}")
     endif()
 endforeach()
-file(STRINGS ${EXPECTED} expected)
+file(GLOB lists ${EXPECTED}/*.txt)
+set(expected "")
+foreach(list_file IN LISTS lists)
+    file(STRINGS ${list_file} entries)
+    list(APPEND expected ${entries})
+endforeach()
 list(FILTER expected EXCLUDE REGEX "^(#|$)")
 list(SORT actual)
 list(REMOVE_DUPLICATES actual)
