@@ -6,7 +6,9 @@
 
 #include "BSCommonExport.h"
 #include "ParaJsonReader.h"
+#include "ParaAlarmRecords.h"
 #include "ParaDeviceRecords.h"
+#include "ParaVideoRecords.h"
 
 #include <json/value.h>
 

@@ -3,8 +3,10 @@
 #define PARA_TYPE_TABLE_H
 
 #include "CommonParaAdapter.h"
+#include "AlarmParams.h"
 #include "DeviceParams.h"
+#include "VideoParams.h"
 
-#define PARA_TYPES(X) PARA_TYPES_DEVICE(X)
+#define PARA_TYPES(X) PARA_TYPES_DEVICE(X) PARA_TYPES_ALARM(X) PARA_TYPES_VIDEO(X)
 
 #endif

@@ -1,0 +1,76 @@
+// Helpers for the parameter tests: documents from text, sentinel-filled
+// records and byte-level views of them.
+#ifndef PARA_TEST_SUPPORT_H
+#define PARA_TEST_SUPPORT_H
+
+#include "CommonParaAdapter.h"
+#include "ToolkitHost.h"
+
+#include <gtest/gtest.h>
+#include <json/reader.h>
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace paratest {
+
+constexpr unsigned char kSentinel = 0xA5;
+
+// Parses JSON text; a syntax error fails the test.
+inline Json::Value Json(const std::string& text)
+{
+    Json::CharReaderBuilder builder;
+    Json::Value value;
+    std::string errors;
+    std::istringstream in(text);
+    EXPECT_TRUE(Json::parseFromStream(builder, in, &value, &errors)) << errors << " in " << text;
+    return value;
+}
+
+// {"PARAMETER":{"MDVR":{<key>: <section>}}} with the section given as JSON text.
+inline Json::Value Doc(const std::string& key, const std::string& section)
+{
+    return Json(R"({"PARAMETER":{"MDVR":{")" + key + R"(":)" + section + "}}}");
+}
+
+// A record on the heap (some are tens of kilobytes) with every byte 0xA5.
+template <class R> std::unique_ptr<R> Sentinel()
+{
+    std::unique_ptr<R> record(new R);
+    std::memset(static_cast<void*>(record.get()), kSentinel, sizeof(R));
+    return record;
+}
+
+inline const unsigned char* Bytes(const void* record) { return static_cast<const unsigned char*>(record); }
+
+// The value of type T stored at byte `offset` of a record.
+template <class T> T At(const void* record, size_t offset)
+{
+    T value;
+    std::memcpy(&value, Bytes(record) + offset, sizeof value);
+    return value;
+}
+
+// True when the bytes [from, to) of a record still hold the sentinel.
+inline bool Untouched(const void* record, size_t from, size_t to)
+{
+    for (size_t i = from; i < to; ++i)
+        if (Bytes(record)[i] != kSentinel)
+            return false;
+    return true;
+}
+
+// The text of a fixed-size field, up to its first NUL or its end.
+inline std::string Text(const void* record, size_t offset, size_t size)
+{
+    const char* at = reinterpret_cast<const char*>(Bytes(record) + offset);
+    return std::string(at, strnlen(at, size));
+}
+
+} // namespace paratest
+
+#endif
