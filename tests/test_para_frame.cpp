@@ -1,0 +1,513 @@
+// The adapter frame: JSON readers, the dispatcher, message bodies, the time
+// sections, and properties every registered record description must have.
+#include "ParaTestSupport.h"
+#include "ParaTypeTable.h"
+
+#include <algorithm>
+#include <climits>
+#include <functional>
+
+using namespace paratest;
+using ToolkitHost::LogCapture;
+
+namespace {
+
+const char* const kAdapterFile = "basicservice/basebusiness/BSCommonLibrary/src/CommonParaAdapter";
+
+// Reads {"v": <json>}["v"] (or the absent key "w" when json is null) with a
+// reader and reports the stored value and the result.
+template <class T> std::pair<T, int> ReadIntegral(const char* json, T def)
+{
+    Json::Value holder = json ? paratest::Json(std::string(R"({"v":)") + json + "}") : Json::Value(Json::objectValue);
+    T dst{};
+    int result = GetJsonIntegral(holder["v"], dst, def);
+    return {dst, result};
+}
+
+struct IntCase {
+    const char* json;
+    long long expected; // the stored bits, as the destination type holds them
+    int result;
+};
+
+template <class T> void CheckIntegral(const std::vector<IntCase>& cases, T def)
+{
+    for (const IntCase& c : cases) {
+        auto [value, result] = ReadIntegral<T>(c.json, def);
+        EXPECT_EQ(static_cast<long long>(value), c.expected) << (c.json ? c.json : "(absent)");
+        EXPECT_EQ(result, c.result) << (c.json ? c.json : "(absent)");
+    }
+}
+
+} // namespace
+
+TEST(JsonReaders, ThirtyTwoBitReadersStoreTheBitsAsTheyCome)
+{
+    CheckIntegral<unsigned int>({{"7", 7, 0},
+                                 {"-5", 4294967291LL, 0},
+                                 {"-1", 4294967295LL, 0},
+                                 {"4294967295", 4294967295LL, 0},
+                                 {"4294967296", 9, -1},
+                                 {"-2147483649", 9, -1},
+                                 {"5.0", 5, 0},
+                                 {"1.5", 9, -1},
+                                 {"\"5\"", 9, -1},
+                                 {"true", 9, -1},
+                                 {"null", 9, -1},
+                                 {"[]", 9, -1},
+                                 {"[1]", 9, -1},
+                                 {"{}", 9, -1},
+                                 {nullptr, 9, -1}},
+                                9u);
+    CheckIntegral<int>({{"4294967295", -1, 0},
+                        {"-2147483648", INT_MIN, 0},
+                        {"2147483648", INT_MIN, 0},
+                        {"4294967296", -3, -1},
+                        {"1e3", 1000, 0},
+                        {"2.5", -3, -1},
+                        {nullptr, -3, -1}},
+                       -3);
+}
+
+TEST(JsonReaders, NarrowReadersKeepTheLowBits)
+{
+    CheckIntegral<unsigned char>({{"300", 44, 0}, {"256", 0, 0}, {"-1", 255, 0}, {"1.5", 7, -1}, {nullptr, 7, -1}},
+                                 7);
+    CheckIntegral<signed char>({{"200", -56, 0}, {"-128", -128, 0}, {"\"1\"", -7, -1}}, -7);
+    CheckIntegral<char>({{"-1", -1, 0}, {"65", 65, 0}, {"321", 65, 0}, {nullptr, 'x', -1}}, 'x');
+    CheckIntegral<unsigned short>({{"70000", 4464, 0}, {"-1", 65535, 0}, {"4294967296", 11, -1}}, 11);
+    CheckIntegral<short>({{"40000", -25536, 0}, {"-2", -2, 0}, {"false", 12, -1}}, 12);
+}
+
+TEST(JsonReaders, SixtyFourBitReadersTakeTheWholeRange)
+{
+    CheckIntegral<long long>({{"4294967296", 4294967296LL, 0},
+                              {"-9223372036854775808", LLONG_MIN, 0},
+                              {"2.0", 2, 0},
+                              {"2.5", 5, -1},
+                              {"\"1\"", 5, -1}},
+                             5);
+    auto [big, result] = ReadIntegral<unsigned long long>("18446744073709551615", 1);
+    EXPECT_EQ(big, ~0ULL);
+    EXPECT_EQ(result, 0);
+
+    // Values the conversion refuses: the exception is caught, logged once with
+    // the value's styled text, and the default stored.
+    struct {
+        const char* json;
+        bool isSigned;
+        const char* styled;
+    } refused[] = {{"18446744073709551615", true, "18446744073709551615\n"},
+                   {"-1", false, "-1\n"},
+                   {"1e19", true, "1e+19\n"}};
+    for (const auto& c : refused) {
+        LogCapture log;
+        int r;
+        if (c.isSigned) {
+            auto got = ReadIntegral<long long>(c.json, 42);
+            EXPECT_EQ(got.first, 42);
+            r = got.second;
+        } else {
+            auto got = ReadIntegral<unsigned long long>(c.json, 42);
+            EXPECT_EQ(got.first, 42u);
+            r = got.second;
+        }
+        EXPECT_EQ(r, -1) << c.json;
+        ASSERT_EQ(log.lines().size(), 1u) << c.json;
+        EXPECT_EQ(log.lines()[0].level, 0);
+        EXPECT_EQ(log.lines()[0].function, "GetJsonIntegral");
+        EXPECT_EQ(log.lines()[0].file, kAdapterFile);
+        EXPECT_EQ(log.lines()[0].message, std::string("Exception when parse json: ") + c.styled + "\n");
+    }
+}
+
+TEST(JsonReaders, FloatReaderConvertsNumbersAndText)
+{
+    struct {
+        const char* json;
+        float expected;
+        int result;
+    } cases[] = {{"1.5", 1.5f, 0},   {"7", 7.0f, 0},    {"\"5\"", 5.0f, 0}, {"\"12.25V\"", 12.25f, 0},
+                 {"\"abc\"", 0.0f, 0}, {"\"\"", 0.0f, 0}, {"true", 3.5f, -1}, {"[1]", 3.5f, -1},
+                 {"{}", 3.5f, -1},   {"null", 3.5f, -1}, {nullptr, 3.5f, -1}};
+    for (const auto& c : cases) {
+        Json::Value holder = c.json ? paratest::Json(std::string(R"({"v":)") + c.json + "}") : Json::Value();
+        float dst = -1.0f;
+        EXPECT_EQ(GetJsonFloat(holder["v"], dst, 3.5f), c.result) << (c.json ? c.json : "(absent)");
+        EXPECT_FLOAT_EQ(dst, c.expected) << (c.json ? c.json : "(absent)");
+    }
+}
+
+TEST(JsonReaders, StringReaderCopiesExactlyTheFieldSize)
+{
+    const std::string forty(40, 'x');
+    struct {
+        Json::Value value;
+        std::string expected; // the field's bytes up to the first NUL
+        bool terminated;      // a NUL inside the field
+        int result;
+    } cases[] = {{Json::Value(forty), std::string(32, 'x'), false, 0},
+                 {Json::Value(std::string(32, 'y')), std::string(32, 'y'), false, 0},
+                 {Json::Value(std::string(31, 'z')), std::string(31, 'z'), true, 0},
+                 {Json::Value(""), "", true, 0},
+                 {Json::Value(12), "", true, -1},
+                 {Json::Value(true), "", true, -1},
+                 {Json::Value(Json::objectValue), "", true, -1},
+                 {Json::Value(), "", true, -1}};
+    for (const auto& c : cases) {
+        // One guard byte on each side catches a write outside the field.
+        unsigned char buffer[34];
+        std::memset(buffer, kSentinel, sizeof buffer);
+        EXPECT_EQ(GetJsonCString(c.value, reinterpret_cast<char*>(buffer + 1), 32), c.result);
+        EXPECT_EQ(buffer[0], kSentinel);
+        EXPECT_EQ(buffer[33], kSentinel);
+        EXPECT_EQ(Text(buffer + 1, 0, 32), c.expected);
+        if (c.terminated) { // everything after the text is zero
+            for (size_t i = 1 + c.expected.size(); i < 33; ++i)
+                EXPECT_EQ(buffer[i], 0) << "byte " << i - 1 << " after \"" << c.expected << "\"";
+        }
+    }
+
+    // The unsigned char overload behaves the same; embedded NULs are copied.
+    unsigned char field[6];
+    std::memset(field, kSentinel, sizeof field);
+    EXPECT_EQ(GetJsonCString(Json::Value(std::string("a\0b", 3)), field, 6), 0);
+    const unsigned char expected[6] = {'a', 0, 'b', 0, 0, 0};
+    EXPECT_EQ(0, std::memcmp(field, expected, 6));
+}
+
+TEST(JsonReaders, ReadersNeverThrowOnAnyJsonKind)
+{
+    for (const char* json : {"null", "true", "0", "-1", "1.5", "1e300", "\"t\"", "[]", "[1,2]", "{}", "{\"a\":1}"}) {
+        Json::Value v = paratest::Json(std::string("[") + json + "]")[0];
+        unsigned int u;
+        long long ll;
+        float f;
+        char text[4];
+        EXPECT_NO_THROW({
+            GetJsonIntegral(v, u, 0u);
+            GetJsonIntegral(v, ll, 0LL);
+            GetJsonFloat(v, f, 0.0f);
+            GetJsonCString(v, text, sizeof text);
+        }) << json;
+    }
+}
+
+// ---------------------------------------------------------------------------
+
+TEST(Dispatcher, BoundariesAndTheirMessages)
+{
+    const Json::Value doc = Doc("ATP", R"({"GE":1})");
+    struct {
+        int type;
+        const char* message; // nullptr: the parser ran
+        int result;
+    } cases[] = {{0, nullptr, 0},
+                 {52, "Unrealized parameter: 52!!!\n", -1},
+                 {60, "Unrealized parameter: 60!!!\n", -1},
+                 {61, "Error parameter type: 61!!!\n", -1},
+                 {INT_MAX, "Error parameter type: 2147483647!!!\n", -1},
+                 {-1, "Unrealized parameter: -1!!!\n", -1},
+                 {INT_MIN, "Unrealized parameter: -2147483648!!!\n", -1}};
+    for (const auto& c : cases) {
+        auto record = Sentinel<tag_MsgAdjustTimeSetting>();
+        LogCapture log;
+        EXPECT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(c.type), doc, record.get()), c.result) << c.type;
+        if (c.message) {
+            ASSERT_EQ(log.lines().size(), 1u) << c.type;
+            EXPECT_EQ(log.lines()[0].message, c.message);
+            EXPECT_EQ(log.lines()[0].level, 0);
+            EXPECT_EQ(log.lines()[0].function, "AdaptParaJson");
+            EXPECT_TRUE(Untouched(record.get(), 0, sizeof *record)) << c.type;
+        } else {
+            EXPECT_TRUE(log.lines().empty());
+            EXPECT_EQ(record->GE, 1);
+        }
+    }
+}
+
+TEST(Dispatcher, EveryTypeWithoutParserIsUnrealizedAndEveryParserIsReached)
+{
+    std::vector<bool> registered(52, false);
+#define PARA_MARK(type, key, parser, record) registered[type] = true;
+    PARA_TYPES(PARA_MARK)
+#undef PARA_MARK
+    const Json::Value empty(Json::objectValue);
+    for (int type = 0; type < 52; ++type) {
+        LogCapture log;
+        // A parser given an empty document fails without touching the record;
+        // the buffer is large enough for any record type.
+        std::vector<unsigned char> buffer(64 * 1024, kSentinel);
+        EXPECT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(type), empty, buffer.data()), -1) << type;
+        EXPECT_TRUE(Untouched(buffer.data(), 0, buffer.size())) << type;
+        const std::string unrealized = "Unrealized parameter: " + std::to_string(type) + "!!!\n";
+        const bool saidUnrealized = !log.lines().empty() && log.lines()[0].message == unrealized;
+        EXPECT_EQ(saidUnrealized, !registered[type]) << type;
+    }
+}
+
+TEST(Dispatcher, NullRecordIsRefused)
+{
+    EXPECT_EQ(AdaptParaJson(PARA_ADJUST_TIME, Doc("ATP", R"({"GE":1})"), nullptr), -1);
+}
+
+// ---------------------------------------------------------------------------
+
+namespace {
+
+std::string Message(const std::string& body)
+{
+    return std::string(16, '\x55') + body; // the header's bytes are not read
+}
+
+} // namespace
+
+TEST(ParseJsonMessage, BodyAfterTheHeader)
+{
+    Json::Value root;
+    std::string m = Message(R"({"PARAMETER":{"MDVR":{"ATP":{"GE":3}}}})");
+    ASSERT_EQ(ParseJsonMessage(m.data(), int(m.size()), root), 1);
+    tag_MsgAdjustTimeSetting record{};
+    EXPECT_EQ(AdaptParaJson(PARA_ADJUST_TIME, root, &record), 0);
+    EXPECT_EQ(record.GE, 3);
+
+    m = Message("{}");
+    root = Json::Value(5);
+    EXPECT_EQ(ParseJsonMessage(m.data(), int(m.size()), root), 1);
+    EXPECT_TRUE(root.isObject() && root.empty());
+}
+
+TEST(ParseJsonMessage, FailuresReturnZero)
+{
+    Json::Value root;
+    {
+        LogCapture log;
+        std::string m = Message("");
+        EXPECT_EQ(ParseJsonMessage(m.data(), 16, root), 0);
+        m = Message(R"({"a":)");
+        EXPECT_EQ(ParseJsonMessage(m.data(), int(m.size()), root), 0);
+        EXPECT_TRUE(log.lines().empty()); // syntax errors are not logged
+    }
+    // Short and null buffers are refused without reading: a heap buffer of
+    // exactly the given size lets the address sanitizer see any read past it.
+    std::unique_ptr<char[]> shortBuffer(new char[10]());
+    EXPECT_EQ(ParseJsonMessage(shortBuffer.get(), 10, root), 0);
+    EXPECT_EQ(ParseJsonMessage(shortBuffer.get(), -5, root), 0);
+    EXPECT_EQ(ParseJsonMessage(nullptr, 100, root), 0);
+}
+
+TEST(ParseJsonMessage, DeepNestingIsRefusedNotOverflowed)
+{
+    Json::Value root;
+    LogCapture log;
+    std::string m = Message(std::string(2000, '[') + std::string(2000, ']'));
+    EXPECT_EQ(ParseJsonMessage(m.data(), int(m.size()), root), 0);
+    ASSERT_EQ(log.lines().size(), 1u);
+    EXPECT_EQ(log.lines()[0].message, "Failed to parse json msg!");
+    EXPECT_EQ(log.lines()[0].function, "ParseJsonMessage");
+}
+
+// ---------------------------------------------------------------------------
+
+TEST(TimeSections, AdjustTimeByteByByte)
+{
+    auto r = Sentinel<tag_MsgAdjustTimeSetting>();
+    const std::string ns(70, 'n');
+    EXPECT_EQ(ParseAdjustTimeParamJson(
+                  Doc("ATP", R"({"GE":1,"NE":2,"CE":300,"SID":4,"NAI":65537,"NS":")" + ns + R"("})"), *r),
+              0);
+    EXPECT_EQ(At<uint8_t>(r.get(), 0), 1);
+    EXPECT_EQ(At<uint8_t>(r.get(), 1), 2);
+    EXPECT_EQ(At<uint8_t>(r.get(), 2), 44);
+    EXPECT_EQ(At<uint8_t>(r.get(), 3), 4);
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(r.get()) + 4, 64), std::string(64, 'n'));
+    EXPECT_EQ(At<uint16_t>(r.get(), 68), 1);
+}
+
+TEST(TimeSections, TimeSettingByteByByte)
+{
+    auto r = Sentinel<tag_MsgTimeSetting>();
+    EXPECT_EQ(ParseTimeSettingParamJson(Doc("TIMEP", R"({
+        "DATEM":1,"TIMEM":2,"TIMEZ":"UTC+08:00 Beijing time","TIMEOFFSET":-480,
+        "DST":{"SW":1,"DSTM":2,"DSTS":3,"SMON":3,"SWEEK":17,"SWIND":20,"SH":2,"SM":3,"SS":4,
+               "EMON":10,"EWEEK":2,"EWIND":0,"EH":5,"EM":6,"ES":7,"STARTTIME":100,"ENDTIME":200}})"),
+                                        *r),
+              0);
+    const uint8_t bytes[][2] = {{0, 1},  {1, 2},   {24, 1}, {25, 2}, {26, 3}, {32, 3}, {33, 0x14},
+                                {34, 10}, {35, 0x20}, {36, 2}, {37, 3}, {38, 4}, {39, 5}, {40, 6}, {41, 7}};
+    for (const auto& b : bytes)
+        EXPECT_EQ(At<uint8_t>(r.get(), b[0]), b[1]) << "offset " << int(b[0]);
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(r.get()) + 4, 16), "UTC+08:00 Beijin");
+    EXPECT_EQ(At<uint32_t>(r.get(), 20), 0xFFFFFE20u);
+    EXPECT_EQ(At<uint32_t>(r.get(), 44), 100u);
+    EXPECT_EQ(At<uint32_t>(r.get(), 48), 200u);
+    EXPECT_TRUE(Untouched(r.get(), 2, 4));
+    EXPECT_TRUE(Untouched(r.get(), 27, 32));
+    EXPECT_TRUE(Untouched(r.get(), 42, 44));
+}
+
+TEST(TimeSections, MissingKeysAreWrittenAsZero)
+{
+    auto r = Sentinel<tag_MsgTimeSetting>();
+    EXPECT_EQ(ParseTimeSettingParamJson(Doc("TIMEP", R"({"DATEM":9})"), *r), 0);
+    EXPECT_EQ(r->DATEM, 9);
+    for (size_t off : {1, 24, 25, 26, 32, 33, 34, 35, 36, 37, 38, 39, 40, 41})
+        EXPECT_EQ(At<uint8_t>(r.get(), off), 0) << off;
+    for (size_t off : {20, 44, 48})
+        EXPECT_EQ(At<uint32_t>(r.get(), off), 0u) << off;
+    EXPECT_EQ(Text(r.get(), 4, 16), "");
+    EXPECT_TRUE(Untouched(r.get(), 2, 4) && Untouched(r.get(), 27, 32) && Untouched(r.get(), 42, 44));
+}
+
+TEST(TimeSections, EmptySectionsAreReportedAndLeaveTheRecord)
+{
+    struct {
+        const char* key;
+        std::function<int(const Json::Value&, void*)> parse;
+        size_t size;
+        const char* function;
+    } sections[] = {
+        {"ATP", [](const Json::Value& d, void* r) { return ParseAdjustTimeParamJson(d, *static_cast<tag_MsgAdjustTimeSetting*>(r)); },
+         sizeof(tag_MsgAdjustTimeSetting), "ParseAdjustTimeParamJson"},
+        {"TIMEP", [](const Json::Value& d, void* r) { return ParseTimeSettingParamJson(d, *static_cast<tag_MsgTimeSetting*>(r)); },
+         sizeof(tag_MsgTimeSetting), "ParseTimeSettingParamJson"},
+    };
+    for (const auto& s : sections) {
+        for (const char* body : {"{}", "null", "[]"}) {
+            std::vector<unsigned char> record(s.size, kSentinel);
+            LogCapture log;
+            EXPECT_EQ(s.parse(Doc(s.key, body), record.data()), -1);
+            EXPECT_TRUE(Untouched(record.data(), 0, s.size));
+            ASSERT_EQ(log.lines().size(), 1u);
+            EXPECT_EQ(log.lines()[0].message, std::string("empty param json: ") + s.key + "\n");
+            EXPECT_EQ(log.lines()[0].function, s.function);
+            EXPECT_EQ(log.lines()[0].level, 0);
+        }
+    }
+}
+
+// ---------------------------------------------------------------------------
+// Properties of every registered record description.
+
+namespace {
+
+struct RegisteredType {
+    int type;
+    const char* key;
+    size_t size;
+    std::function<std::vector<para::FieldInfo>()> layout;
+    std::function<void(const Json::Value&)> parse; // into a sentinel record
+};
+
+template <class R> RegisteredType Register(int type, const char* key)
+{
+    return {type, key, sizeof(R),
+            [] {
+                auto r = Sentinel<R>();
+                return para::Layout(*r);
+            },
+            [type](const Json::Value& doc) {
+                auto r = Sentinel<R>();
+                AdaptParaJson(static_cast<_PARA_TYPE_>(type), doc, r.get());
+            }};
+}
+
+std::vector<RegisteredType> AllTypes()
+{
+    return {
+#define PARA_REGISTER(type, key, parser, record) Register<record>(type, key),
+        PARA_TYPES(PARA_REGISTER)
+#undef PARA_REGISTER
+    };
+}
+
+// Splits "RCP[0].RSI[1][2].S" into "RCP", "[0]", "RSI", "[1]", "[2]", "S".
+std::vector<std::string> Components(const std::string& keys)
+{
+    std::vector<std::string> parts;
+    std::string cur;
+    for (char c : keys) {
+        if (c == '.' || c == '[') {
+            if (!cur.empty())
+                parts.push_back(cur);
+            cur = c == '[' ? "[" : "";
+        } else if (c == ']') {
+            parts.push_back(cur + "]");
+            cur.clear();
+        } else {
+            cur += c;
+        }
+    }
+    if (!cur.empty())
+        parts.push_back(cur);
+    return parts;
+}
+
+// Sets the value at a key path, creating objects and arrays on the way.
+void Put(Json::Value& at, const std::vector<std::string>& path, size_t from, const Json::Value& leaf)
+{
+    if (from == path.size()) {
+        at = leaf;
+        return;
+    }
+    const std::string& p = path[from];
+    if (p[0] == '[') {
+        if (!at.isArray())
+            at = Json::Value(Json::arrayValue);
+        Put(at[Json::ArrayIndex(std::stoul(p.substr(1)))], path, from + 1, leaf);
+    } else {
+        if (!at.isObject())
+            at = Json::Value(Json::objectValue);
+        Put(at[p], path, from + 1, leaf);
+    }
+}
+
+} // namespace
+
+TEST(RecordDescriptions, FieldsTileEveryRecordExactly)
+{
+    for (const RegisteredType& t : AllTypes()) {
+        std::vector<para::FieldInfo> fields = t.layout();
+        std::sort(fields.begin(), fields.end(),
+                  [](const para::FieldInfo& a, const para::FieldInfo& b) { return a.offset < b.offset; });
+        size_t next = 0;
+        for (const para::FieldInfo& f : fields) {
+            EXPECT_EQ(f.offset, next) << t.key << ": " << f.path << (f.offset < next ? " overlaps" : " leaves a gap");
+            next = f.offset + f.size;
+        }
+        // Tail padding of the record's alignment is the only thing left over.
+        EXPECT_LE(next, t.size) << t.key;
+        EXPECT_LT(t.size - next, 8u) << t.key << ": bytes after the last described field";
+    }
+}
+
+TEST(RecordDescriptions, NoExceptionForAnyShapeAtAnyLevel)
+{
+    const char* kinds[] = {"null", "true", "0", "-1", "1.5", "\"t\"", "[]", "[1]", "[[1]]", "{}", "{\"X\":1}", "[{}]"};
+    for (const RegisteredType& t : AllTypes()) {
+        // Every distinct key path of the record, indices folded to [0] and [1].
+        std::vector<std::vector<std::string>> prefixes;
+        for (const para::FieldInfo& f : t.layout()) {
+            if (f.kind == para::Kind::Reserved)
+                continue;
+            std::vector<std::string> path = Components(f.keys);
+            for (size_t n = 0; n <= path.size(); ++n) {
+                std::vector<std::string> prefix(path.begin(), path.begin() + n);
+                bool folded = std::all_of(prefix.begin(), prefix.end(),
+                                          [](const std::string& p) { return p[0] != '[' || p == "[0]" || p == "[1]"; });
+                if (folded && std::find(prefixes.begin(), prefixes.end(), prefix) == prefixes.end())
+                    prefixes.push_back(prefix);
+            }
+        }
+        for (const char* kind : kinds) {
+            const Json::Value leaf = paratest::Json(std::string("[") + kind + "]")[0];
+            for (const auto& prefix : prefixes) {
+                Json::Value doc;
+                Put(doc, {"PARAMETER", "MDVR", t.key}, 0, Json::Value(Json::objectValue));
+                Put(doc["PARAMETER"]["MDVR"][t.key], prefix, 0, leaf);
+                LogCapture quiet;
+                EXPECT_NO_THROW(t.parse(doc)) << t.key << " with " << kind;
+            }
+        }
+    }
+}
