@@ -81,73 +81,134 @@ template <class T> int ReadScalar(const Json::Value& value, T& dst)
         return GetJsonIntegral(value, dst, T(0));
 }
 
-// Fills a record from a JSON object. Navigation only: the readers and the
-// sub-record parsers do the conversions.
-class JsonWalk {
-public:
-    explicit JsonWalk(const Json::Value& object) : cur_(&object) {}
+// The parser's leaf actions: the readers and the sub-record parsers do the
+// conversions. The navigation hooks are empty; other leaves (the inspector's
+// checks) use them to follow the walk.
+struct ReadLeaf {
+    template <class T> void Scalar(const Json::Value& value, T& f) { ReadScalar(value, f); }
+    template <class C, size_t N> void Text(const Json::Value& value, C (&f)[N]) { GetJsonCString(value, f, int(N)); }
+    template <class S, class Parser, class Walk> void Sub(const Json::Value& value, S& s, Parser parser, Walk&)
+    {
+        parser(value, s);
+    }
+    template <class F, class Step> void Custom(const Json::Value& object, F& f, const Step& step) { step.Read(object, f); }
 
-    template <class T> void field(const char*, const char* key, T& f) { ReadScalar(Member(*cur_, key), f); }
+    void Enter(const char*) {}         // into the member `key` of the current object
+    void EnterIndex(unsigned) {}       // into element i of the current array
+    void Leave() {}
+    void Array(const Json::Value&, size_t) {}   // an array of this bound is read from the value
+    void Object(const Json::Value&) {}          // an object's members are read from the value
+};
+
+// Walks a description over a JSON object: member lookups, groups and bounded
+// arrays, with the leaf actions of `Leaf`.
+template <class Leaf> class BasicJsonWalk {
+public:
+    explicit BasicJsonWalk(const Json::Value& object, Leaf leaf = Leaf()) : cur_(&object), leaf_(leaf) {}
+
+    Leaf& leaf() { return leaf_; }
+
+    template <class T> void field(const char*, const char* key, T& f)
+    {
+        leaf_.Enter(key);
+        leaf_.Scalar(Member(*cur_, key), f);
+        leaf_.Leave();
+    }
 
     template <class C, size_t N> void text(const char*, const char* key, C (&f)[N])
     {
-        GetJsonCString(Member(*cur_, key), f, int(N));
+        leaf_.Enter(key);
+        leaf_.Text(Member(*cur_, key), f);
+        leaf_.Leave();
     }
 
     template <class E, size_t N> void array(const char*, const char* key, E (&a)[N])
     {
-        Elements(key ? Member(*cur_, key) : *cur_, a);
+        if (key) {
+            leaf_.Enter(key);
+            Elements(Member(*cur_, key), a);
+            leaf_.Leave();
+        } else {
+            Elements(*cur_, a);
+        }
     }
 
     template <class C, size_t N, size_t M> void texts(const char*, const char* key, C (&a)[M][N])
     {
+        leaf_.Enter(key);
         const Json::Value& list = Member(*cur_, key);
-        for (unsigned i = 0; i < M; ++i)
-            if (const Json::Value* e = Element(list, i))
-                GetJsonCString(*e, a[i], int(N));
+        leaf_.Array(list, M);
+        for (unsigned i = 0; i < M; ++i) {
+            if (const Json::Value* e = Element(list, i)) {
+                leaf_.EnterIndex(i);
+                leaf_.Text(*e, a[i]);
+                leaf_.Leave();
+            }
+        }
+        leaf_.Leave();
     }
 
     template <class S, class Parser> void sub(const char*, const char* key, S& s, Parser parser)
     {
-        parser(Member(*cur_, key), s);
+        leaf_.Enter(key);
+        leaf_.Sub(Member(*cur_, key), s, parser, *this);
+        leaf_.Leave();
     }
 
-    template <class F, class Step> void custom(const char*, F& f, const Step& step) { step.Read(*cur_, f); }
+    template <class F, class Step> void custom(const char*, F& f, const Step& step) { leaf_.Custom(*cur_, f, step); }
 
     template <class F> void reserved(const char*, F&) {}
 
     template <class Body> void group(const char* key, Body body)
     {
+        leaf_.Enter(key);
         const Json::Value* outer = cur_;
         cur_ = &Member(*outer, key);
+        leaf_.Object(*cur_);
         body();
+        cur_ = outer;
+        leaf_.Leave();
+    }
+
+    // Describes `record` over `object` (a sub-record, an array entry).
+    template <class R> void Record(const Json::Value& object, R& record)
+    {
+        const Json::Value* outer = cur_;
+        cur_ = &object;
+        leaf_.Object(object);
+        Describe(*this, record);
         cur_ = outer;
     }
 
 private:
     template <class E, size_t N> void Elements(const Json::Value& list, E (&a)[N])
     {
-        for (unsigned i = 0; i < N; ++i)
-            if (const Json::Value* e = Element(list, i))
+        leaf_.Array(list, N);
+        for (unsigned i = 0; i < N; ++i) {
+            if (const Json::Value* e = Element(list, i)) {
+                leaf_.EnterIndex(i);
                 Visit(*e, a[i]);
+                leaf_.Leave();
+            }
+        }
     }
 
     template <class E> void Visit(const Json::Value& value, E& e)
     {
-        if constexpr (std::is_arithmetic_v<E>) {
-            ReadScalar(value, e);
-        } else if constexpr (std::is_array_v<E>) {
+        if constexpr (std::is_arithmetic_v<E>)
+            leaf_.Scalar(value, e);
+        else if constexpr (std::is_array_v<E>)
             Elements(value, e);
-        } else {
-            const Json::Value* outer = cur_;
-            cur_ = &value;
-            Describe(*this, e);
-            cur_ = outer;
-        }
+        else
+            Record(value, e);
     }
 
     const Json::Value* cur_;
+    Leaf leaf_;
 };
+
+// The parsers' walk.
+using JsonWalk = BasicJsonWalk<ReadLeaf>;
 
 // Reads a section object into its record: -1 without writing when the
 // section is empty or absent, else 0.
@@ -221,7 +282,11 @@ public:
 
     template <class F, class Step> void custom(const char* name, F& f, const Step& step)
     {
-        Leaf(path_ + name, keys_ + step.Keys(), f);
+        // A step reading several keys shows them as {A,B}.
+        std::string keys = step.Keys();
+        if (keys.find(',') != std::string::npos)
+            keys = "{" + keys + "}";
+        Leaf(path_ + name, keys_ + keys, f);
     }
 
     template <class F> void reserved(const char* name, F& f) { Emit(path_ + name, "", &f, sizeof f, Kind::Reserved); }
