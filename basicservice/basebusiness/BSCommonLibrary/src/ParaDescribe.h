@@ -93,11 +93,10 @@ struct ReadLeaf {
     }
     template <class F, class Step> void Custom(const Json::Value& object, F& f, const Step& step) { step.Read(object, f); }
 
-    void Enter(const char*) {}         // into the member `key` of the current object
-    void EnterIndex(unsigned) {}       // into element i of the current array
+    void Enter(const Json::Value&, const char*) {} // into member `key` of `object`
+    void EnterIndex(unsigned) {}                    // into element i of the current array
     void Leave() {}
-    void Array(const Json::Value&, size_t) {}   // an array of this bound is read from the value
-    void Object(const Json::Value&) {}          // an object's members are read from the value
+    void Array(const Json::Value&, size_t) {} // an array of this bound is read from the value
 };
 
 // Walks a description over a JSON object: member lookups, groups and bounded
@@ -110,14 +109,14 @@ public:
 
     template <class T> void field(const char*, const char* key, T& f)
     {
-        leaf_.Enter(key);
+        leaf_.Enter(*cur_, key);
         leaf_.Scalar(Member(*cur_, key), f);
         leaf_.Leave();
     }
 
     template <class C, size_t N> void text(const char*, const char* key, C (&f)[N])
     {
-        leaf_.Enter(key);
+        leaf_.Enter(*cur_, key);
         leaf_.Text(Member(*cur_, key), f);
         leaf_.Leave();
     }
@@ -125,7 +124,7 @@ public:
     template <class E, size_t N> void array(const char*, const char* key, E (&a)[N])
     {
         if (key) {
-            leaf_.Enter(key);
+            leaf_.Enter(*cur_, key);
             Elements(Member(*cur_, key), a);
             leaf_.Leave();
         } else {
@@ -135,7 +134,7 @@ public:
 
     template <class C, size_t N, size_t M> void texts(const char*, const char* key, C (&a)[M][N])
     {
-        leaf_.Enter(key);
+        leaf_.Enter(*cur_, key);
         const Json::Value& list = Member(*cur_, key);
         leaf_.Array(list, M);
         for (unsigned i = 0; i < M; ++i) {
@@ -150,7 +149,7 @@ public:
 
     template <class S, class Parser> void sub(const char*, const char* key, S& s, Parser parser)
     {
-        leaf_.Enter(key);
+        leaf_.Enter(*cur_, key);
         leaf_.Sub(Member(*cur_, key), s, parser, *this);
         leaf_.Leave();
     }
@@ -161,10 +160,9 @@ public:
 
     template <class Body> void group(const char* key, Body body)
     {
-        leaf_.Enter(key);
+        leaf_.Enter(*cur_, key);
         const Json::Value* outer = cur_;
         cur_ = &Member(*outer, key);
-        leaf_.Object(*cur_);
         body();
         cur_ = outer;
         leaf_.Leave();
@@ -175,7 +173,6 @@ public:
     {
         const Json::Value* outer = cur_;
         cur_ = &object;
-        leaf_.Object(object);
         Describe(*this, record);
         cur_ = outer;
     }
