@@ -26,6 +26,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace {
@@ -143,8 +144,9 @@ std::string ValueText(const std::string& bytes, const para::FieldInfo& f)
         std::snprintf(text, sizeof text, "%g", double(FloatAt(at)));
         return text;
     }
-    case para::Kind::Signed:
-    case para::Kind::Char: return std::to_string(SignedAt(at, f.size));
+    case para::Kind::Char: // plain char has the target's signedness
+        return std::is_signed_v<char> ? std::to_string(SignedAt(at, 1)) : std::to_string(UnsignedAt(at, 1));
+    case para::Kind::Signed: return std::to_string(SignedAt(at, f.size));
     case para::Kind::Unsigned: return std::to_string(UnsignedAt(at, f.size));
     case para::Kind::Reserved: break;
     }
@@ -157,8 +159,9 @@ Json::Value ValueJson(const std::string& bytes, const para::FieldInfo& f)
     switch (f.kind) {
     case para::Kind::Text: return Json::Value(std::string(at, strnlen(at, f.size)));
     case para::Kind::Float: return Json::Value(double(FloatAt(at)));
-    case para::Kind::Signed:
-    case para::Kind::Char: return Json::Value(Json::Int64(SignedAt(at, f.size)));
+    case para::Kind::Char:
+        return std::is_signed_v<char> ? Json::Value(Json::Int64(SignedAt(at, 1))) : Json::Value(Json::UInt64(UnsignedAt(at, 1)));
+    case para::Kind::Signed: return Json::Value(Json::Int64(SignedAt(at, f.size)));
     case para::Kind::Unsigned: return Json::Value(Json::UInt64(UnsignedAt(at, f.size)));
     case para::Kind::Reserved: break;
     }
