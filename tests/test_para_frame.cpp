@@ -5,7 +5,10 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdlib>
+#include <fstream>
 #include <functional>
+#include <new>
 
 using namespace paratest;
 using ToolkitHost::LogCapture;
@@ -511,4 +514,60 @@ TEST(RecordDescriptions, NoExceptionForAnyShapeAtAnyLevel)
             }
         }
     }
+}
+
+// ---------------------------------------------------------------------------
+// Reading a parsed document allocates nothing: texts are copied straight from
+// the JSON library's storage and lookups never build temporary values.
+
+namespace {
+bool g_countAllocations = false;
+long g_allocations = 0;
+} // namespace
+
+// GCC pairs the inlined replacement delete with the library's new and warns.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+void* operator new(size_t size)
+{
+    if (g_countAllocations)
+        ++g_allocations;
+    if (void* p = std::malloc(size ? size : 1))
+        return p;
+    throw std::bad_alloc();
+}
+void operator delete(void* p) noexcept { std::free(p); }
+void operator delete(void* p, size_t) noexcept { std::free(p); }
+#pragma GCC diagnostic pop
+
+TEST(RecordDescriptions, ParsingTheExampleAllocatesNothing)
+{
+    std::ifstream file(std::string(EXAMPLES_DIR) + "/mdvr_parameters.json");
+    std::stringstream text;
+    text << file.rdbuf();
+    const Json::Value doc = paratest::Json(text.str());
+    std::vector<unsigned char> record(64 * 1024);
+    int parsed = 0;
+#define PARA_PARSE_PRESENT(type, key, parser, rec)                                   \
+    if (!para::Section(doc, key).isNull()) {                                         \
+        g_allocations = 0;                                                           \
+        g_countAllocations = true;                                                   \
+        const int result = AdaptParaJson(static_cast<_PARA_TYPE_>(type), doc, record.data()); \
+        g_countAllocations = false;                                                  \
+        EXPECT_EQ(g_allocations, 0) << key;                                          \
+        EXPECT_EQ(result, 0) << key;                                                 \
+        ++parsed;                                                                    \
+    }
+    PARA_TYPES(PARA_PARSE_PRESENT)
+#undef PARA_PARSE_PRESENT
+    EXPECT_GE(parsed, 2);
+
+    // Texts longer than any small-string buffer.
+    const Json::Value longTexts = Doc("TIMEP", R"({"TIMEZ":"a time zone name far longer than its sixteen-byte field"})");
+    tag_MsgTimeSetting time{};
+    g_allocations = 0;
+    g_countAllocations = true;
+    ParseTimeSettingParamJson(longTexts, time);
+    g_countAllocations = false;
+    EXPECT_EQ(g_allocations, 0);
 }
