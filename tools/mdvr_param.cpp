@@ -231,7 +231,9 @@ Json::Value ReadDocument(const std::string& name)
     return doc;
 }
 
-std::vector<const TypeInfo*> Selected(const Json::Value& doc, const std::string& only)
+// The types asked for: one by key or number, else those whose section the
+// document holds (every type when `all`), in type order.
+std::vector<const TypeInfo*> Selected(const Json::Value& doc, const std::string& only, bool all = false)
 {
     std::vector<const TypeInfo*> types;
     if (!only.empty()) {
@@ -242,8 +244,9 @@ std::vector<const TypeInfo*> Selected(const Json::Value& doc, const std::string&
         return types;
     }
     for (const TypeInfo& t : kTypes)
-        if (!para::Section(doc, t.key).isNull())
+        if (all || !para::Section(doc, t.key).isNull())
             types.push_back(&t);
+    std::sort(types.begin(), types.end(), [](const TypeInfo* a, const TypeInfo* b) { return a->type < b->type; });
     return types;
 }
 
@@ -337,8 +340,8 @@ int Layout(const std::vector<std::string>& args)
 {
     const std::string what = args.empty() ? "all" : args[0];
     if (what == "all") {
-        for (const TypeInfo& t : kTypes)
-            PrintLayout(t);
+        for (const TypeInfo* t : Selected(Json::Value(), "", true))
+            PrintLayout(*t);
         return 0;
     }
     const TypeInfo* t = FindType(what);
@@ -372,10 +375,7 @@ int Check(const std::vector<std::string>& args)
 
 int Types()
 {
-    std::vector<const TypeInfo*> types;
-    for (const TypeInfo& t : kTypes)
-        types.push_back(&t);
-    std::sort(types.begin(), types.end(), [](const TypeInfo* a, const TypeInfo* b) { return a->type < b->type; });
+    std::vector<const TypeInfo*> types = Selected(Json::Value(), "", true);
     std::printf("%4s  %-8s %-34s %-32s %s\n", "type", "section", "parser", "record", "size");
     for (const TypeInfo* t : types)
         std::printf("%4d  %-8s %-34s %-32s %zu\n", t->type, t->key, t->parser, t->record, t->size);
