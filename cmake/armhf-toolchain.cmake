@@ -15,5 +15,8 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY BOTH)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE BOTH)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH)
 
-# Tests run under user-mode emulation.
-set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L /usr/arm-linux-gnueabihf)
+# Tests run under user-mode emulation. The dynamic loader and C library come
+# from the multiarch libc6:armhf (a dependency of the armhf packages above);
+# mixing in the cross toolchain's own loader (qemu-arm -L) pairs two different
+# builds of glibc, and fork or thread creation then crashes.
+set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm)

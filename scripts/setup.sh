@@ -7,7 +7,7 @@ set -euo pipefail
 
 want=(cmake make g++ libjsoncpp-dev libgtest-dev libbenchmark-dev)
 if [ "${1:-all}" = all ]; then
-    want+=(g++-arm-linux-gnueabihf binutils-arm-linux-gnueabihf qemu-user libjsoncpp-dev:armhf libgtest-dev:armhf)
+    want+=(g++-arm-linux-gnueabihf binutils-arm-linux-gnueabihf qemu-user libc6:armhf libjsoncpp-dev:armhf libgtest-dev:armhf)
 fi
 
 run() { if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi; }

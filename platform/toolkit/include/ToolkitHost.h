@@ -43,6 +43,46 @@ private:
     std::vector<LogLine> lines_;
 };
 
+// --- The bus double ----------------------------------------------------------
+// The host bus delivers nothing by itself: it records every K7X_* call and lets
+// a test deliver a message to the receiver that a client registered.
+
+// One call of a K7X_* bus function, with its arguments.
+//   function  the function's name, e.g. "K7X_MSGSendMessage"
+//   handle    the client handle (for K7X_MSGCreateMessageClient: the result)
+//   numbers   the integer arguments in order:
+//               K7X_MSGCreateMessageClient  clientType, port
+//               K7X_MSGEventRegister        event
+//               K7X_MSGEventUnRegister      event
+//               K7X_MSGSendMessage          destination, messageId, session, length, flags
+//               K7X_MSGResponseMessage      length
+//               K7X_MSGWaitForEvent         timeout
+//   text      K7X_MSGCreateMessageClient: the server address
+//   pointer   K7X_MSGSendMessage: the body; K7X_MSGResponseMessage: the header;
+//             K7X_MSGEventRegister: the object of the bound receiver
+//   body      a copy of the body bytes (send and response)
+struct BusCall {
+    std::string function;
+    Common::K7X_MSG_HANDLE handle = nullptr;
+    std::vector<long long> numbers;
+    std::string text;
+    const void* pointer = nullptr;
+    std::vector<unsigned char> body;
+};
+
+// The calls recorded since the last reset or clear, oldest first.
+TOOLKIT_API std::vector<BusCall> BusCalls();
+TOOLKIT_API void ClearBusCalls();
+// Clears the record, the results and the creation failure (clients stay).
+TOOLKIT_API void ResetBus();
+// While set, K7X_MSGCreateMessageClient returns null.
+TOOLKIT_API void SetClientCreateFails(bool fails);
+// The result that the named K7X_* function returns from now on (default 0).
+TOOLKIT_API void SetBusResult(const std::string& function, int result);
+// Calls the receiver that `handle` registered for `event` with the message.
+// Returns false when there is none.
+TOOLKIT_API bool DeliverMessage(Common::K7X_MSG_HANDLE handle, int event, const char* message, int length);
+
 } // namespace ToolkitHost
 
 #endif
