@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <json/reader.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -69,6 +70,42 @@ inline std::string Text(const void* record, size_t offset, size_t size)
 {
     const char* at = reinterpret_cast<const char*>(Bytes(record) + offset);
     return std::string(at, strnlen(at, size));
+}
+
+// A field expected at a byte offset: a little-endian integer of `size` bytes
+// (both targets are little-endian) or, with `text`, that text cut to `size`
+// bytes and padded with zero bytes.
+struct Field {
+    size_t offset, size;
+    unsigned long long value;
+    const char* text = nullptr;
+};
+
+inline std::string ExpectedBytes(const Field& f)
+{
+    std::string bytes = f.text ? std::string(f.text, strnlen(f.text, f.size)) : std::string(8, '\0');
+    if (!f.text)
+        std::memcpy(&bytes[0], &f.value, 8);
+    bytes.resize(f.size, '\0');
+    return bytes;
+}
+
+// Every listed field holds its value; with `othersUntouched`, every other
+// byte of the record still holds the sentinel.
+inline void ExpectFields(const void* record, size_t size, const std::vector<Field>& fields, const std::string& what,
+                         bool othersUntouched)
+{
+    std::vector<bool> listed(size, false);
+    for (const Field& f : fields) {
+        EXPECT_EQ(std::string(reinterpret_cast<const char*>(Bytes(record)) + f.offset, f.size), ExpectedBytes(f))
+            << what << ": field at " << f.offset;
+        std::fill(listed.begin() + f.offset, listed.begin() + f.offset + f.size, true);
+    }
+    for (size_t i = 0; othersUntouched && i < size; ++i)
+        if (!listed[i] && Bytes(record)[i] != kSentinel) {
+            ADD_FAILURE() << what << ": byte " << i << " changed";
+            return;
+        }
 }
 
 } // namespace paratest

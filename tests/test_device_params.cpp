@@ -7,28 +7,6 @@ using ToolkitHost::LogCapture;
 
 namespace {
 
-// A little-endian integer of `size` bytes at `offset`, or (text set) that text
-// cut to `size` bytes and padded with zero bytes.
-struct Field {
-    size_t offset, size;
-    unsigned long long value;
-    const char* text = nullptr;
-};
-
-std::string Stored(const std::vector<unsigned char>& r, const Field& f)
-{
-    return std::string(reinterpret_cast<const char*>(r.data()) + f.offset, f.size);
-}
-
-std::string Expected(const Field& f)
-{
-    std::string bytes = f.text ? std::string(f.text, strnlen(f.text, f.size)) : std::string(8, '\0');
-    if (!f.text)
-        std::memcpy(&bytes[0], &f.value, 8); // both targets are little-endian
-    bytes.resize(f.size, '\0');
-    return bytes;
-}
-
 const std::string kLongName(130, 'n');
 
 } // namespace
@@ -74,8 +52,7 @@ TEST(DeviceSections, QuirksOfEachSectionByteExact)
         std::vector<unsigned char> record(c.size, kSentinel);
         LogCapture log;
         EXPECT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(c.type), Doc(c.key, c.section), record.data()), 0);
-        for (const Field& f : c.fields)
-            EXPECT_EQ(Stored(record, f), Expected(f)) << c.section << " at " << f.offset;
+        ExpectFields(record.data(), c.size, c.fields, c.section, false);
         for (const auto& [from, to] : c.untouched)
             EXPECT_TRUE(Untouched(record.data(), from, to)) << c.section << " at " << from;
         EXPECT_TRUE(log.lines().empty()) << c.key;

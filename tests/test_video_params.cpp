@@ -40,29 +40,6 @@ TEST(MainStreamSection, ChannelEntriesFromTheArrayOnly)
 
 namespace {
 
-// An expected little-endian integer of `size` bytes at `offset`.
-struct Field {
-    size_t offset, size;
-    unsigned long long value;
-};
-
-// Every listed field holds its value and every other byte the sentinel.
-void ExpectOnly(const void* record, size_t size, const std::vector<Field>& fields, const char* what)
-{
-    std::vector<bool> listed(size, false);
-    for (const Field& f : fields) {
-        unsigned long long got = 0;
-        std::memcpy(&got, Bytes(record) + f.offset, f.size); // both targets are little-endian
-        EXPECT_EQ(got, f.value) << what << ": field at " << f.offset;
-        std::fill(listed.begin() + f.offset, listed.begin() + f.offset + f.size, true);
-    }
-    for (size_t i = 0; i < size; ++i)
-        if (!listed[i] && Bytes(record)[i] != kSentinel) {
-            ADD_FAILURE() << what << ": byte " << i << " changed";
-            return;
-        }
-}
-
 // A JSON day of n periods; period p of day d has S = 100 d + p + 1, E = S + 50, T = p + 1.
 std::string Day(int d, int n)
 {
@@ -134,7 +111,7 @@ TEST(RecordSection, EachNestingLevelIsBoundedOnItsOwn)
         auto record = Sentinel<tag_MsgRecordSetting>();
         LogCapture log;
         EXPECT_EQ(AdaptParaJson(PARA_RECORD, Doc("RP", c.section), record.get()), 0) << c.what;
-        ExpectOnly(record.get(), sizeof *record, c.fields, c.what);
+        ExpectFields(record.get(), sizeof *record, c.fields, c.what, true);
         EXPECT_TRUE(log.lines().empty()) << c.what;
     }
 }

@@ -9,6 +9,7 @@
 #include <set>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace para {
@@ -32,6 +33,16 @@ inline const char* JsonTypeName(const Json::Value& v)
     }
     return "a value";
 }
+
+// Whether a conversion step can report its own losses: Check(object, report).
+struct IgnoreReport {
+    void operator()(const char*, const std::string&) const {}
+};
+template <class Step, class = void> struct HasCheck : std::false_type {};
+template <class Step>
+struct HasCheck<Step, std::void_t<decltype(std::declval<const Step&>().Check(std::declval<const Json::Value&>(),
+                                                                             IgnoreReport()))>>
+    : std::true_type {};
 
 // The leaf of the checking walk. Values are read into scratch copies with the
 // library's own readers, so what is reported is what the parser stores.
@@ -86,6 +97,10 @@ public:
     {
         F scratch{};
         step.Read(object, scratch);
+        if constexpr (HasCheck<Step>::value)
+            step.Check(object, [&](const char* key, const std::string& what) {
+                out_->push_back({Path() + "." + key, what});
+            });
         const std::string keys = step.Keys();
         for (size_t at = 0; at <= keys.size();) {
             size_t comma = keys.find(',', at);

@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 namespace para {
 
@@ -26,6 +27,17 @@ struct PackNibbles {
         dst = static_cast<unsigned char>((hi << 4) | (lo & 0x0F));
     }
     const char* Keys() const { return keys; }
+
+    // For the inspector: report(key, what) for each value that loses bits.
+    template <class Report> void Check(const Json::Value& object, Report report) const
+    {
+        for (const char* key : {high, low}) {
+            unsigned char v = 0;
+            if (GetJsonIntegral(Member(object, key), v, static_cast<unsigned char>(0)) == 0 && v > 0x0F)
+                report(key, "only the low 4 bits of " + std::to_string(v) + " are packed: stores " +
+                                std::to_string(v & 0x0F));
+        }
+    }
 };
 
 // A MAC address given as text, "00:1A:2B:3C:4D:5E" (either case), into six
@@ -48,6 +60,25 @@ struct MacText {
             dst[i] = static_cast<unsigned char>(group[i] & 0xFFu);
     }
     const char* Keys() const { return key; }
+
+    template <class Report> void Check(const Json::Value& object, Report report) const
+    {
+        const Json::Value& value = Member(object, key);
+        if (value.isNull())
+            return;
+        if (!value.isString()) {
+            report(key, "not text: stores six zero bytes");
+            return;
+        }
+        char text[20 + 1] = {};
+        GetJsonCString(value, text, 20);
+        unsigned int group[6] = {};
+        const int matched = std::sscanf(text, "%02X:%02X:%02X:%02X:%02X:%02X", &group[0], &group[1], &group[2],
+                                        &group[3], &group[4], &group[5]);
+        if (matched < 6)
+            report(key, "text holds " + std::to_string(matched < 0 ? 0 : matched) +
+                            " of 6 hexadecimal groups: the other bytes store 0");
+    }
 };
 
 // A double truncated toward zero into 32 bits without undefined behaviour:
@@ -75,6 +106,25 @@ struct VoltageText {
         dst = static_cast<unsigned short>(TruncateToU32(std::atof(text) * 100.0) & 0xFFFFu);
     }
     const char* Keys() const { return key; }
+
+    template <class Report> void Check(const Json::Value& object, Report report) const
+    {
+        const Json::Value& value = Member(object, key);
+        if (value.isNull())
+            return;
+        if (!value.isString()) {
+            report(key, "not text: stores 0");
+            return;
+        }
+        unsigned short stored = 0;
+        Read(object, stored);
+        char text[16 + 1] = {};
+        GetJsonCString(value, text, 16);
+        const unsigned int hundredths = TruncateToU32(std::atof(text) * 100.0);
+        if (hundredths != stored)
+            report(key, std::to_string(hundredths) + " hundredths of a volt do not fit 16 bits: stores " +
+                            std::to_string(stored));
+    }
 };
 
 template <class W> void Describe(W& w, tag_MsgAdjustTimeSetting& r)
