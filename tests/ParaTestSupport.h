@@ -75,13 +75,13 @@ inline std::string Text(const void* record, size_t offset, size_t size)
 // A field expected at a byte offset: a little-endian integer of `size` bytes
 // (both targets are little-endian) or, with `text`, that text cut to `size`
 // bytes and padded with zero bytes.
-struct Field {
+struct FieldValue {
     size_t offset, size;
     unsigned long long value;
     const char* text = nullptr;
 };
 
-inline std::string ExpectedBytes(const Field& f)
+inline std::string ExpectedBytes(const FieldValue& f)
 {
     std::string bytes = f.text ? std::string(f.text, strnlen(f.text, f.size)) : std::string(8, '\0');
     if (!f.text)
@@ -92,11 +92,11 @@ inline std::string ExpectedBytes(const Field& f)
 
 // Every listed field holds its value; with `othersUntouched`, every other
 // byte of the record still holds the sentinel.
-inline void ExpectFields(const void* record, size_t size, const std::vector<Field>& fields, const std::string& what,
+inline void ExpectFields(const void* record, size_t size, const std::vector<FieldValue>& fields, const std::string& what,
                          bool othersUntouched)
 {
     std::vector<bool> listed(size, false);
-    for (const Field& f : fields) {
+    for (const FieldValue& f : fields) {
         EXPECT_EQ(std::string(reinterpret_cast<const char*>(Bytes(record)) + f.offset, f.size), ExpectedBytes(f))
             << what << ": field at " << f.offset;
         std::fill(listed.begin() + f.offset, listed.begin() + f.offset + f.size, true);

@@ -19,7 +19,7 @@ TEST(DeviceSections, QuirksOfEachSectionByteExact)
         const char* key;
         size_t size;
         std::string section;
-        std::vector<Field> fields;
+        std::vector<FieldValue> fields;
         std::vector<std::pair<size_t, size_t>> untouched;
     } cases[] = {
         {3, "GS", 40, R"({"SET":[1,2,3,4,5,6,7],"BCOM":9})",

@@ -3,6 +3,7 @@
 #include <json/reader.h>
 
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -29,12 +30,16 @@ std::string Slurp(const std::string& path)
 // Runs mdvr-param with `args`, feeding `input` on standard input.
 Outcome Tool(const std::string& args, const std::string& input = "")
 {
-    const std::string dir = testing::TempDir();
-    const std::string in = dir + "mdvr_in.json", out = dir + "mdvr_out.txt", err = dir + "mdvr_err.txt";
+    // Test programs run in parallel: the files are this process's own.
+    const std::string dir = testing::TempDir() + "mdvr_param_" + std::to_string(getpid()) + "_";
+    const std::string in = dir + "in.json", out = dir + "out.txt", err = dir + "err.txt";
     std::ofstream(in, std::ios::binary) << input;
     const std::string command = std::string(MDVR_PARAM_COMMAND) + " " + args + " <" + in + " >" + out + " 2>" + err;
     const int raw = std::system(command.c_str());
-    return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, Slurp(out), Slurp(err)};
+    Outcome outcome{WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, Slurp(out), Slurp(err)};
+    for (const std::string& file : {in, out, err})
+        std::remove(file.c_str());
+    return outcome;
 }
 
 bool Has(const std::string& text, const std::string& piece) { return text.find(piece) != std::string::npos; }

@@ -53,7 +53,7 @@ std::string Day(int d, int n)
 }
 
 // The fields that Day(d, n) fills in channel ch, plus RM and RP of that channel.
-void AddDay(std::vector<Field>& f, size_t ch, size_t d, size_t n)
+void AddDay(std::vector<FieldValue>& f, size_t ch, size_t d, size_t n)
 {
     for (size_t p = 0; p < n; ++p) {
         const size_t at = 1804 * ch + 256 * d + 16 * p;
@@ -67,14 +67,14 @@ void AddDay(std::vector<Field>& f, size_t ch, size_t d, size_t n)
 TEST(RecordSection, EachNestingLevelIsBoundedOnItsOwn)
 {
     // The four section-wide values, absent unless given, so written as 0.
-    const std::vector<Field> top = {{28896, 4, 0}, {28900, 1, 0}, {28902, 2, 0}, {28904, 2, 0}};
+    const std::vector<FieldValue> top = {{28896, 4, 0}, {28900, 1, 0}, {28902, 2, 0}, {28904, 2, 0}};
     const auto channel = [](size_t ch, unsigned rm, unsigned rp) {
-        return std::vector<Field>{{1804 * ch + 1792, 1, rm}, {1804 * ch + 1794, 2, rp}};
+        return std::vector<FieldValue>{{1804 * ch + 1792, 1, rm}, {1804 * ch + 1794, 2, rp}};
     };
     struct Case {
         const char* what;
         std::string section;
-        std::vector<Field> fields;
+        std::vector<FieldValue> fields;
     } cases[] = {
         {"top level only", R"({"PRS":70000,"PRE":300})", {{28896, 4, 70000}, {28900, 1, 44}, {28902, 2, 0}, {28904, 2, 0}}},
         {"channels: object, number, object without RSI", R"({"RCP":[{"RM":1,"RP":2},7,{"RM":3,"RP":70000}]})", top},
@@ -90,7 +90,7 @@ TEST(RecordSection, EachNestingLevelIsBoundedOnItsOwn)
         // Entry 4 would land on PRS.
         {"MP: at most 4", R"({"MP":[{"OLD":1,"OT":2,"OVD":3},{"OLD":4},5,{"OLD":6},{"OLD":7},{"OLD":8}]})", top},
     };
-    auto add = [](Case& c, std::vector<Field> more) { c.fields.insert(c.fields.end(), more.begin(), more.end()); };
+    auto add = [](Case& c, std::vector<FieldValue> more) { c.fields.insert(c.fields.end(), more.begin(), more.end()); };
     add(cases[1], channel(0, 1, 2));
     add(cases[1], channel(1, 0, 0));
     add(cases[1], channel(2, 3, 4464));

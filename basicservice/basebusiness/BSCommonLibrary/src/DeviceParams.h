@@ -40,44 +40,58 @@ struct PackNibbles {
     }
 };
 
+// A text value read into a fixed buffer of N bytes, as the parsers read
+// texts, plus one byte that keeps it terminated when the text fills the
+// buffer: conversions of it never read past the buffer.
+template <size_t N> struct BoundedText {
+    char text[N + 1] = {};
+    explicit BoundedText(const Json::Value& value) { GetJsonCString(value, text, int(N)); }
+};
+
+// Reports a value of another JSON type where a conversion step reads text.
+template <class Report> bool ReportIfNotText(const Json::Value& value, const char* key, Report& report,
+                                             const char* stores)
+{
+    if (value.isNull() || value.isString())
+        return false;
+    report(key, std::string("not text: stores ") + stores);
+    return true;
+}
+
 // A MAC address given as text, "00:1A:2B:3C:4D:5E" (either case), into six
 // bytes. Groups after the first that does not match stay 0; a value that is
 // no text gives six zeros.
 struct MacText {
     const char* key;
 
+    // The six groups of the text (those not matched stay 0); returns how many matched.
+    int Scan(const Json::Value& object, unsigned int (&group)[6]) const
+    {
+        BoundedText<20> mac(Member(object, key));
+        const int matched = std::sscanf(mac.text, "%02X:%02X:%02X:%02X:%02X:%02X", &group[0], &group[1],
+                                        &group[2], &group[3], &group[4], &group[5]);
+        return matched < 0 ? 0 : matched;
+    }
+
     void Read(const Json::Value& object, unsigned char (&dst)[6]) const
     {
-        // The text field is 20 bytes and need not be terminated: one more
-        // byte keeps the scan inside the buffer.
-        char text[20 + 1] = {};
-        GetJsonCString(Member(object, key), text, 20);
-        // However many groups match, those not matched stay 0.
         unsigned int group[6] = {};
-        std::sscanf(text, "%02X:%02X:%02X:%02X:%02X:%02X", &group[0], &group[1], &group[2], &group[3], &group[4],
-                    &group[5]);
+        Scan(object, group);
         for (int i = 0; i < 6; ++i)
             dst[i] = static_cast<unsigned char>(group[i] & 0xFFu);
     }
     const char* Keys() const { return key; }
 
+    // For the inspector: report(key, what) where the text loses something.
     template <class Report> void Check(const Json::Value& object, Report report) const
     {
         const Json::Value& value = Member(object, key);
-        if (value.isNull())
+        if (value.isNull() || ReportIfNotText(value, key, report, "six zero bytes"))
             return;
-        if (!value.isString()) {
-            report(key, "not text: stores six zero bytes");
-            return;
-        }
-        char text[20 + 1] = {};
-        GetJsonCString(value, text, 20);
         unsigned int group[6] = {};
-        const int matched = std::sscanf(text, "%02X:%02X:%02X:%02X:%02X:%02X", &group[0], &group[1], &group[2],
-                                        &group[3], &group[4], &group[5]);
+        const int matched = Scan(object, group);
         if (matched < 6)
-            report(key, "text holds " + std::to_string(matched < 0 ? 0 : matched) +
-                            " of 6 hexadecimal groups: the other bytes store 0");
+            report(key, "text holds " + std::to_string(matched) + " of 6 hexadecimal groups: the other bytes store 0");
     }
 };
 
@@ -97,33 +111,27 @@ inline unsigned int TruncateToU32(double value)
 struct VoltageText {
     const char* key;
 
+    unsigned int Hundredths(const Json::Value& object) const
+    {
+        BoundedText<16> volts(Member(object, key));
+        return TruncateToU32(std::atof(volts.text) * 100.0);
+    }
+
     void Read(const Json::Value& object, unsigned short& dst) const
     {
-        // The text field is 16 bytes and need not be terminated: one more
-        // byte keeps the conversion inside the buffer.
-        char text[16 + 1] = {};
-        GetJsonCString(Member(object, key), text, 16);
-        dst = static_cast<unsigned short>(TruncateToU32(std::atof(text) * 100.0) & 0xFFFFu);
+        dst = static_cast<unsigned short>(Hundredths(object) & 0xFFFFu);
     }
     const char* Keys() const { return key; }
 
     template <class Report> void Check(const Json::Value& object, Report report) const
     {
         const Json::Value& value = Member(object, key);
-        if (value.isNull())
+        if (value.isNull() || ReportIfNotText(value, key, report, "0"))
             return;
-        if (!value.isString()) {
-            report(key, "not text: stores 0");
-            return;
-        }
-        unsigned short stored = 0;
-        Read(object, stored);
-        char text[16 + 1] = {};
-        GetJsonCString(value, text, 16);
-        const unsigned int hundredths = TruncateToU32(std::atof(text) * 100.0);
-        if (hundredths != stored)
+        const unsigned int hundredths = Hundredths(object);
+        if (hundredths > 0xFFFFu)
             report(key, std::to_string(hundredths) + " hundredths of a volt do not fit 16 bits: stores " +
-                            std::to_string(stored));
+                            std::to_string(hundredths & 0xFFFFu));
     }
 };
 
