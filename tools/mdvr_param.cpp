@@ -250,10 +250,17 @@ std::vector<const TypeInfo*> Selected(const Json::Value& doc, const std::string&
     return types;
 }
 
+std::vector<para::FieldInfo> ByOffset(std::vector<para::FieldInfo> fields)
+{
+    std::stable_sort(fields.begin(), fields.end(),
+                     [](const para::FieldInfo& a, const para::FieldInfo& b) { return a.offset < b.offset; });
+    return fields;
+}
+
 void ShowText(const TypeInfo& t, const Parsed& p)
 {
     std::printf("%s  type %d  %s  %zu bytes  %s() = %d\n", t.key, t.type, t.record, t.size, t.parser, p.result);
-    for (const para::FieldInfo& f : p.layout)
+    for (const para::FieldInfo& f : ByOffset(p.layout))
         if (f.kind != para::Kind::Reserved)
             std::printf("  %-28s %6zu  %-9s %s\n", f.path.c_str(), f.offset, para::TypeName(f).c_str(),
                         ValueText(p.bytes, f).c_str());
@@ -319,11 +326,8 @@ int Show(const std::vector<std::string>& args)
 void PrintLayout(const TypeInfo& t)
 {
     std::printf("struct %s {  /* type %d, section \"%s\", %s */\n", t.record, t.type, t.key, t.parser);
-    std::vector<para::FieldInfo> fields = t.layout();
-    std::stable_sort(fields.begin(), fields.end(),
-                     [](const para::FieldInfo& a, const para::FieldInfo& b) { return a.offset < b.offset; });
     size_t end = 0;
-    for (const para::FieldInfo& f : fields) {
+    for (const para::FieldInfo& f : ByOffset(t.layout())) {
         if (f.kind == para::Kind::Reserved)
             std::printf("  /* XXX %zu bytes reserved at %zu (%s): not written */\n", f.size, f.offset, f.path.c_str());
         else
