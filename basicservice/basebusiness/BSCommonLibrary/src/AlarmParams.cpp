@@ -28,29 +28,17 @@ struct NoteSubRecords : para::ReadLeaf {
 
 int ParseAlarmLinkRecord(Json::Value const& object, alarmLinkRecord_t& record)
 {
-    if (object.empty()) {
-        PARA_LOG_ERROR("empty json when parse alarm link record!\n");
-        return -1;
-    }
-    return WalkSection(object, record);
+    return PARA_WALK_OR_LOG(object, record, "empty json when parse alarm link record!\n");
 }
 
 int ParseAlarmLinkSnapShot(Json::Value const& object, alarmLinkSnapShot& record)
 {
-    if (object.empty()) {
-        PARA_LOG_ERROR("empty json when parse alarm link snap shot!\n");
-        return -1;
-    }
-    return WalkSection(object, record);
+    return PARA_WALK_OR_LOG(object, record, "empty json when parse alarm link snap shot!\n");
 }
 
 int ParseAlarmLinkOutput(Json::Value const& object, alarmLinkOutput_t& record)
 {
-    if (object.empty()) {
-        PARA_LOG_ERROR("empty json when parse alarm link output!\n");
-        return -1;
-    }
-    return WalkSection(object, record);
+    return PARA_WALK_OR_LOG(object, record, "empty json when parse alarm link output!\n");
 }
 
 int ParseAlarmLinkProcess(Json::Value const& object, alarmLinkProcess_t& record)
@@ -76,11 +64,7 @@ int ParseAlarmPlan(Json::Value const& object, alarmPlan_t& record)
 
 int ParseCommonSnapPara(Json::Value const& object, CommonSnapPara_t& record)
 {
-    if (object.empty()) {
-        PARA_LOG_ERROR("empty json when parse comman snap para!\n");
-        return -1;
-    }
-    return WalkSection(object, record);
+    return PARA_WALK_OR_LOG(object, record, "empty json when parse comman snap para!\n");
 }
 
 template <int N> int ParseNCommonSnapPara(Json::Value const& list, CommonSnapPara_t (&paras)[N])
@@ -98,12 +82,7 @@ template int ParseNCommonSnapPara<16>(Json::Value const& list, CommonSnapPara_t 
 
 int ParseAreaAlarmParamJson(Json::Value const& doc, tag_msgAreaAlarmSetting& record)
 {
-    const Json::Value& section = Section(doc, "AREA");
-    if (section.empty()) {
-        PARA_LOG_ERROR("empty param json : AREA!\n");
-        return -1;
-    }
-    return WalkSection(section, record);
+    return PARA_WALK_OR_LOG(Section(doc, "AREA"), record, "empty param json : AREA!\n");
 }
 
 int ParseSpeedAlarmParamJson(Json::Value const& doc, tag_MsgSpeedAlarmSetting& record)

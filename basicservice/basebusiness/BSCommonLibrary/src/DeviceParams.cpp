@@ -7,22 +7,12 @@ using para::WalkSection;
 
 int ParseAdjustTimeParamJson(Json::Value const& doc, tag_MsgAdjustTimeSetting& record)
 {
-    const Json::Value& section = Section(doc, "ATP");
-    if (section.empty()) {
-        PARA_LOG_ERROR("empty param json: ATP\n");
-        return -1;
-    }
-    return WalkSection(section, record);
+    return PARA_WALK_OR_LOG(Section(doc, "ATP"), record, "empty param json: ATP\n");
 }
 
 int ParseTimeSettingParamJson(Json::Value const& doc, tag_MsgTimeSetting& record)
 {
-    const Json::Value& section = Section(doc, "TIMEP");
-    if (section.empty()) {
-        PARA_LOG_ERROR("empty param json: TIMEP\n");
-        return -1;
-    }
-    return WalkSection(section, record);
+    return PARA_WALK_OR_LOG(Section(doc, "TIMEP"), record, "empty param json: TIMEP\n");
 }
 
 int ParsePBTGeneralParamJson(Json::Value const& doc, tag_MsgPBTGeneralSetting& record)
@@ -46,12 +36,7 @@ int ParsePBTGeneralParamJson(Json::Value const& doc, tag_MsgPBTGeneralSetting& r
 
 int ParseGeneralParamJson(Json::Value const& doc, tag_MsgGeneralSetting& record)
 {
-    const Json::Value& section = Section(doc, "GSP");
-    if (section.empty()) {
-        PARA_LOG_ERROR("empty param json : GSP!\n");
-        return -1;
-    }
-    return WalkSection(section, record);
+    return PARA_WALK_OR_LOG(Section(doc, "GSP"), record, "empty param json : GSP!\n");
 }
 
 // The sections below report an empty or absent section only through -1.
