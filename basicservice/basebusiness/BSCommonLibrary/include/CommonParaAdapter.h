@@ -9,6 +9,9 @@
 #include "ParaAlarmRecords.h"
 #include "ParaDeviceRecords.h"
 #include "ParaVideoRecords.h"
+#include "ParaServerRecords.h"
+#include "ParaNetworkRecords.h"
+#include "ParaSensorRecords.h"
 
 #include <json/value.h>
 

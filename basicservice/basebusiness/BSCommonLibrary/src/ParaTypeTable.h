@@ -6,7 +6,12 @@
 #include "AlarmParams.h"
 #include "DeviceParams.h"
 #include "VideoParams.h"
+#include "ServerParams.h"
+#include "NetworkParams.h"
+#include "SensorParams.h"
 
-#define PARA_TYPES(X) PARA_TYPES_DEVICE(X) PARA_TYPES_ALARM(X) PARA_TYPES_VIDEO(X)
+#define PARA_TYPES(X)                                                               \
+    PARA_TYPES_DEVICE(X) PARA_TYPES_ALARM(X) PARA_TYPES_VIDEO(X) PARA_TYPES_SERVER(X) \
+    PARA_TYPES_NETWORK(X) PARA_TYPES_SENSOR(X)
 
 #endif
