@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # Installs what the build needs from Debian, skipping what is already there.
-#   scripts/setup.sh host   compiler, CMake, JsonCpp, GoogleTest, Google Benchmark
+#   scripts/setup.sh host   compiler, CMake, JsonCpp, GoogleTest, Google Benchmark, valgrind
 #   scripts/setup.sh all    the above plus the armhf cross toolchain, armhf
 #                           libraries (multiarch) and qemu-user; clang with
 #                           libFuzzer (fuzz targets), abigail-tools (ABI check),
 #                           pkg-config (consumer test)
 set -euo pipefail
 
-want=(cmake make g++ libjsoncpp-dev libgtest-dev libbenchmark-dev)
+want=(cmake make g++ libjsoncpp-dev libgtest-dev libbenchmark-dev valgrind)
 if [ "${1:-all}" = all ]; then
     want+=(g++-arm-linux-gnueabihf binutils-arm-linux-gnueabihf qemu-user libc6:armhf libjsoncpp-dev:armhf libgtest-dev:armhf)
     want+=(clang libclang-rt-14-dev abigail-tools pkg-config)

@@ -69,9 +69,8 @@ int ParseCommonSnapPara(Json::Value const& object, CommonSnapPara_t& record)
 
 template <int N> int ParseNCommonSnapPara(Json::Value const& list, CommonSnapPara_t (&paras)[N])
 {
-    for (unsigned i = 0; i < unsigned(N); ++i)
-        if (const Json::Value* element = para::Element(list, i))
-            ParseCommonSnapPara(*element, paras[i]);
+    para::ForEachElement(list, unsigned(N),
+                         [&](unsigned i, const Json::Value& element) { ParseCommonSnapPara(element, paras[i]); });
     return 0;
 }
 
