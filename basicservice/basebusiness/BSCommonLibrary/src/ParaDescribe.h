@@ -386,7 +386,9 @@ template <class R> int WalkSection(const Json::Value& section, R& record)
 // ---------------------------------------------------------------------------
 // Layout: what the description says about every byte of a record.
 
-enum class Kind { Unsigned, Signed, Char, Float, Text, Reserved };
+// Hex: bytes shown as hexadecimal text, two digits a byte (a conversion step
+// that reads them from such text says so, see StepKind).
+enum class Kind { Unsigned, Signed, Char, Float, Text, Hex, Reserved };
 
 struct FieldInfo {
     std::string path;    // field path in the record, e.g. "P1[0].CS_MP"
@@ -406,10 +408,21 @@ inline std::string TypeName(const FieldInfo& f)
     case Kind::Char: return "char";
     case Kind::Float: return "f" + bits;
     case Kind::Text: return "char[" + std::to_string(f.size) + "]";
+    case Kind::Hex:
     case Kind::Reserved: break;
     }
     return "u8[" + std::to_string(f.size) + "]";
 }
+
+// A conversion step whose field is one value rather than field by field
+// declares `static constexpr Kind kind`; the layout then lists the whole field
+// with that kind.
+template <class Step, class = void> struct StepKind {
+    static constexpr bool declared = false;
+};
+template <class Step> struct StepKind<Step, std::void_t<decltype(Step::kind)>> {
+    static constexpr bool declared = true;
+};
 
 class LayoutWalk {
 public:
@@ -448,7 +461,10 @@ public:
         std::string keys = step.Keys();
         if (keys.find(',') != std::string::npos)
             keys = "{" + keys + "}";
-        Leaf(path_ + name, keys_ + keys, f);
+        if constexpr (StepKind<Step>::declared)
+            Emit(path_ + name, keys_ + keys, &f, sizeof f, Step::kind);
+        else
+            Leaf(path_ + name, keys_ + keys, f);
     }
 
     template <class F> void reserved(const char* name, F& f) { Emit(path_ + name, "", &f, sizeof f, Kind::Reserved); }
