@@ -27,3 +27,50 @@ int ParseGreenDriverParamJson(Json::Value const& doc, tag_MsgGreenDriverSet& rec
 {
     return WalkSection(Section(doc, "PGDS"), record);
 }
+
+int ParseAccelAlarmParamJson(Json::Value const& doc, tag_msgAccelAlarmSetting& record)
+{
+    return WalkSection(Section(doc, "ACC"), record);
+}
+
+int ParseCollideAlarmParamJson(Json::Value const& doc, tag_MsgCollideAlarmSetting& record)
+{
+    return WalkSection(Section(doc, "PCAS"), record);
+}
+
+int ParseHitAlarmParamJson(Json::Value const& doc, tag_MsgHitAlarmSetting& record)
+{
+    return WalkSection(Section(doc, "PHAS"), record);
+}
+
+// A non-array "PVTSAS" passes the empty test but has no element to read.
+int ParseVehicleStanceAlarmParamJson(Json::Value const& doc, tag_MsgVehicleStanceAlarm& record)
+{
+    return WalkSection(Section(doc, "PVTSAS"), record);
+}
+
+int ParseTirePressureParamJson(Json::Value const& doc, tag_msgWTPMSProperty& record)
+{
+    return WalkSection(Section(doc, "TPP"), record);
+}
+
+// A non-array "STMPA" passes the empty test but has no element to read.
+int ParseStdTempAlarmParamJson(Json::Value const& doc, tag_msgStdTempAlarmSetting& record)
+{
+    return WalkSection(Section(doc, "STMPA"), record);
+}
+
+int ParseVTFaultParamJson(Json::Value const& doc, tag_msgVTFaultInfoSetting& record)
+{
+    return WalkSection(Section(doc, "VTFS"), record);
+}
+
+int ParseFuelAlarmParamJson(Json::Value const& doc, tag_msgFuelAlarmSetting& record)
+{
+    return WalkSection(Section(doc, "FAS"), record);
+}
+
+int ParseStdDsmAlarmParamJson(Json::Value const& doc, tag_msgStdDSMAlarmSetting& record)
+{
+    return WalkSection(Section(doc, "DSM"), record);
+}

@@ -8,6 +8,63 @@
 
 namespace para {
 
+// A calibration value given as decimal text ("1.5"), stored in tenths (15):
+// only the first 16 characters count, the tenths are truncated toward zero
+// into 32 bits (negative gives 0) and kept to 16 bits. A JSON number is no
+// text and gives 0.
+struct TenthsText {
+    const char* key;
+
+    double Exact(const Json::Value& object) const
+    {
+        BoundedText<16> text(Member(object, key));
+        return std::atof(text.text) * 10.0;
+    }
+
+    void Read(const Json::Value& object, unsigned short& dst) const
+    {
+        dst = static_cast<unsigned short>(TruncateToU32(Exact(object)) & 0xFFFFu);
+    }
+    const char* Keys() const { return key; }
+
+    template <class Report> void Check(const Json::Value& object, Report report) const
+    {
+        const Json::Value& value = Member(object, key);
+        if (value.isNull() || ReportIfNotText(value, key, report, "0"))
+            return;
+        const char* begin = nullptr;
+        const char* end = nullptr;
+        value.getString(&begin, &end);
+        if (end - begin > 16)
+            report(key, "text of " + std::to_string(end - begin) + " characters: only the first 16 are converted");
+        BoundedText<16> text(value);
+        char* after = nullptr;
+        std::strtod(text.text, &after);
+        if (after == text.text) {
+            report(key, "no decimal number in the text: stores 0");
+            return;
+        }
+        if (*after)
+            report(key, std::string("\"") + after + "\" after the number is ignored");
+        const double exact = Exact(object);
+        const unsigned int tenths = TruncateToU32(exact);
+        unsigned short stored = 0;
+        Read(object, stored);
+        if (!(exact >= 0.0))
+            report(key, "below zero or not a number: stores 0");
+        else if (tenths > 0xFFFFu)
+            report(key, std::to_string(tenths) + " tenths do not fit 16 bits: stores " + std::to_string(stored));
+        else if (double(tenths) != exact)
+            report(key, "finer than tenths: truncated, stores " + std::to_string(stored));
+    }
+
+    // The text of src tenths, "1.5" for 15.
+    void Write(const unsigned short& src, Json::Value& object) const
+    {
+        object[key] = std::to_string(src / 10) + "." + std::to_string(src % 10);
+    }
+};
+
 // ---------------------------------------------------------------------------
 // Driving-behaviour thresholds. The exported parsers check for an empty
 // object and log; the descriptions say which key fills which field.
@@ -206,10 +263,207 @@ template <class W> void Describe(W& w, tag_MsgGreenDriverSet& r)
     PARA_RESERVED(430, reserved9);
 }
 
+// ---------------------------------------------------------------------------
+// Motion-sensor alarms.
+
+template <class W> void Describe(W& w, tag_msgAccelAlarmSetting& r)
+{
+    PARA_FIELD(0, EN);
+    PARA_FIELD(1, AS);
+    PARA_FIELD(2, VT);
+    PARA_RESERVED(3, reserved0);
+    PARA_TEXT(8, AN);
+    PARA_TEXT(40, AO);
+    PARA_GROUP("ACP",
+        PARA_CUSTOM(124, TX, (TenthsText{"TX"}));
+        PARA_CUSTOM(126, TY, (TenthsText{"TY"}));
+        PARA_CUSTOM(128, TZ, (TenthsText{"TZ"}));
+        PARA_FIELD(130, SX);
+        PARA_FIELD(132, SY);
+        PARA_FIELD(134, SZ);
+        PARA_FIELD(136, ADJACC));
+    PARA_RESERVED(137, reserved1);
+    PARA_FIELD(148, SDT);
+    PARA_SUBRECORD(56, APR, ParseAlarmLinkProcess);
+    PARA_RESERVED(149, reserved2);
+}
+
+template <class W> void Describe(W& w, tag_MsgCollideAlarmSetting& r)
+{
+    PARA_FIELD(0, EN);
+    PARA_FIELD(1, AS);
+    PARA_FIELD(2, VT);
+    PARA_FIELD(3, SDT);
+    PARA_RESERVED(4, reserved0);
+    PARA_TEXT(8, CN);
+    PARA_TEXT(40, CO);
+    PARA_FIELD(124, STS);
+    PARA_FIELD(125, TTS);
+    PARA_SUBRECORD(56, APR, ParseAlarmLinkProcess);
+    PARA_RESERVED(126, reserved1);
+}
+
+template <class W> void Describe(W& w, tag_MsgHitAlarmSetting& r)
+{
+    PARA_FIELD(0, EN);
+    PARA_FIELD(1, AS);
+    PARA_FIELD(2, VT);
+    PARA_FIELD(3, SDT);
+    PARA_RESERVED(4, reserved0);
+    PARA_TEXT(8, HN);
+    PARA_TEXT(40, HO);
+    PARA_FIELD(124, HA);
+    PARA_SUBRECORD(56, APR, ParseAlarmLinkProcess);
+    PARA_RESERVED(126, reserved1);
+}
+
+template <class W> void Describe(W& w, VehicleStanceAlarm_t& r)
+{
+    PARA_FIELD(0, NE);
+    PARA_FIELD(1, AS);
+    PARA_FIELD(2, VT);
+    PARA_RESERVED(3, reserved0);
+    PARA_FIELD(124, SDT);
+    PARA_FIELD(4, STEN);
+    PARA_FIELD(5, TS);
+    PARA_FIELD(6, IOTEN);
+    PARA_FIELD(7, TIO);
+    PARA_TEXT(8, AN);
+    PARA_TEXT(40, AO);
+    PARA_SUBRECORD(56, APR, ParseAlarmLinkProcess);
+    PARA_RESERVED(125, reserved1);
+}
+
+// The "PVTSAS" section is the array of entries itself.
+template <class W> void Describe(W& w, tag_MsgVehicleStanceAlarm& r)
+{
+    PARA_RESERVED(0, reserved0);
+    PARA_ARRAY_SELF(8, PVTSAS);
+}
+
+// ---------------------------------------------------------------------------
+// Tyre pressure.
+
+template <class W> void Describe(W& w, WTPMSTsp_t& r)
+{
+    PARA_FIELD(4, LP);
+    PARA_FIELD(6, HP);
+    PARA_FIELD(3, HT);
+    PARA_ARRAY(0, RI);
+}
+
+template <class W> void Describe(W& w, WTPMSTrp_t& r)
+{
+    PARA_FIELD(4, EN);
+    PARA_FIELD(3, RP);
+    PARA_ARRAY(0, RI);
+    PARA_RESERVED(5, reserved0);
+}
+
+template <class W> void Describe(W& w, WTPMSTtr_t& r)
+{
+    PARA_FIELD(15, P);
+    PARA_TEXT(0, N);
+}
+
+template <class W> void Describe(W& w, tag_msgWTPMSProperty& r)
+{
+    PARA_FIELD(896, TVC);
+    PARA_FIELD(897, UN);
+    PARA_FIELD(898, IBL);
+    PARA_FIELD(899, SL);
+    PARA_ARRAY(0, TSP);
+    PARA_GROUP("TTP",
+        PARA_FIELD(288, T);
+        PARA_FIELD(289, ST1);
+        PARA_FIELD(290, ST2);
+        PARA_FIELD(291, ST3);
+        PARA_FIELD(292, AL));
+    PARA_RESERVED(293, reserved0);
+    PARA_ARRAY(296, TRP);
+    PARA_ARRAY(320, TTR);
+}
+
+// ---------------------------------------------------------------------------
+// Temperature, fuel, vehicle-fault and DSM alarms.
+
+template <class W> void Describe(W& w, tag_msgVTFaultInfoSetting& r)
+{
+    PARA_FIELD(4, TAT);
+    PARA_FIELD(12, VAT);
+    PARA_FIELD(0, TP);
+    PARA_FIELD(2, TV);
+    PARA_FIELD(8, VP);
+    PARA_FIELD(10, VV);
+}
+
+template <class W> void Describe(W& w, StdTempAlarm_t& r)
+{
+    PARA_FIELD(0, EN);
+    PARA_FIELD(1, AS);
+    PARA_FIELD(2, VT);
+    PARA_FIELD(3, SDT);
+    PARA_FIELD(4, UIT);
+    PARA_FIELD(124, HTTD);
+    PARA_FIELD(125, IWT);
+    PARA_FIELD(126, IWD);
+    PARA_TEXT(8, SNM);
+    PARA_TEXT(40, SOD);
+    PARA_SUBRECORD(56, APR, ParseAlarmLinkProcess);
+    PARA_RESERVED(127, reserved0);
+}
+
+// The "STMPA" section is the array of entries itself.
+template <class W> void Describe(W& w, tag_msgStdTempAlarmSetting& r) { PARA_ARRAY_SELF(0, STMPA); }
+
+template <class W> void Describe(W& w, tag_msgFuelAlarmSetting& r)
+{
+    PARA_FIELD(0, EN);
+    PARA_FIELD(1, AS);
+    PARA_FIELD(2, TS);
+    PARA_FIELD(52, FV);
+    PARA_FIELD(54, VT);
+    PARA_FIELD(55, SP);
+    PARA_FIELD(56, FH);
+    PARA_FIELD(58, EH);
+    PARA_FIELD(60, CF);
+    PARA_FIELD(62, SDT);
+    PARA_FIELD(64, BA);
+    PARA_TEXT(4, FN);
+    PARA_TEXT(36, FO);
+    PARA_RESERVED(63, reserved0);
+}
+
+template <class W> void Describe(W& w, StdDSMAlarm_t& r)
+{
+    PARA_FIELD(0, EN);
+    PARA_FIELD(1, AS);
+    PARA_RESERVED(2, reserved0);
+    PARA_FIELD(6, SDT);
+    PARA_RESERVED(7, reserved1);
+    PARA_SUBRECORD(12, APR, ParseAlarmLinkProcess);
+}
+
+template <class W> void Describe(W& w, tag_msgStdDSMAlarmSetting& r)
+{
+    PARA_FIELD(0, SST);
+    PARA_RESERVED(1, reserved0);
+    PARA_ARRAY(4, DSMA);
+}
+
 } // namespace para
 
 // The parameter types of this subsystem: X(type, section key, parser, record).
 #define PARA_TYPES_SENSOR(X)                                                      \
-    X(25, "PGDS", ParseGreenDriverParamJson, tag_MsgGreenDriverSet)
+    X(25, "PGDS", ParseGreenDriverParamJson, tag_MsgGreenDriverSet)               \
+    X(29, "ACC", ParseAccelAlarmParamJson, tag_msgAccelAlarmSetting)              \
+    X(37, "PCAS", ParseCollideAlarmParamJson, tag_MsgCollideAlarmSetting)         \
+    X(38, "PHAS", ParseHitAlarmParamJson, tag_MsgHitAlarmSetting)                 \
+    X(39, "PVTSAS", ParseVehicleStanceAlarmParamJson, tag_MsgVehicleStanceAlarm) \
+    X(40, "TPP", ParseTirePressureParamJson, tag_msgWTPMSProperty)                \
+    X(41, "STMPA", ParseStdTempAlarmParamJson, tag_msgStdTempAlarmSetting)        \
+    X(26, "VTFS", ParseVTFaultParamJson, tag_msgVTFaultInfoSetting)               \
+    X(45, "FAS", ParseFuelAlarmParamJson, tag_msgFuelAlarmSetting)                \
+    X(51, "DSM", ParseStdDsmAlarmParamJson, tag_msgStdDSMAlarmSetting)
 
 #endif
