@@ -30,52 +30,25 @@ const Lines kLinkWithoutSubRecords = {{"ParseAlarmLinkRecord", "empty json when 
                                       {"ParseAlarmLinkSnapShot", "empty json when parse alarm link snap shot!\n"},
                                       {"ParseAlarmLinkOutput", "empty json when parse alarm link output!\n"}};
 
-Lines operator+(Lines a, const Lines& b)
+template <class T> std::vector<T> operator+(std::vector<T> a, const std::vector<T>& b)
 {
     a.insert(a.end(), b.begin(), b.end());
     return a;
 }
 Lines Times(size_t n, const Line& line) { return Lines(n, line); }
 
-// Bytes written as zero: fields whose keys are absent.
-struct Run {
-    size_t offset, size;
-};
-typedef std::vector<Run> Runs;
-
+// Fields (or, with value 0, runs of bytes written as zero) of one array
+// entry, repeated for entries [0, count) at `base` + `stride` i.
 typedef std::vector<FieldValue> Fields;
-
-Runs operator+(Runs a, const Runs& b)
+Fields Entries(const Fields& fields, size_t base, size_t stride, size_t count)
 {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-
-// `runs` of one array entry, repeated for entries [0, count) at `base` + `stride` i.
-Runs EntryRuns(const Runs& runs, size_t base, size_t stride, size_t count)
-{
-    Runs out;
-    for (size_t i = 0; i < count; ++i)
-        for (const Run& r : runs)
-            out.push_back({base + stride * i + r.offset, r.size});
-    return out;
-}
-
-std::vector<FieldValue> EntryFields(const std::vector<FieldValue>& fields, size_t base, size_t stride, size_t count)
-{
-    std::vector<FieldValue> out;
+    Fields out;
     for (size_t i = 0; i < count; ++i)
         for (FieldValue f : fields) {
             f.offset += base + stride * i;
             out.push_back(f);
         }
     return out;
-}
-
-std::vector<FieldValue> operator+(std::vector<FieldValue> a, const std::vector<FieldValue>& b)
-{
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
 }
 
 // A JSON array of `n` copies of `element`.
@@ -94,40 +67,36 @@ unsigned long long F32(float value)
     return bits;
 }
 
-// The whole record compared with the sentinel, the zero runs and the fields
-// laid over it in that order.
-void ExpectRecord(const unsigned char* got, size_t size, const Runs& zeros, const std::vector<FieldValue>& fields,
-                  const std::string& what)
+// The whole record compared with the sentinel with `zeros`, then `fields`,
+// laid over it.
+void ExpectRecord(const void* record, size_t size, const Fields& zeros, const Fields& fields, const std::string& what)
 {
-    std::vector<unsigned char> want(size, kSentinel);
-    for (const Run& r : zeros)
-        std::fill(want.begin() + r.offset, want.begin() + r.offset + r.size, 0);
-    for (const FieldValue& f : fields) {
-        const std::string bytes = ExpectedBytes(f);
-        std::copy(bytes.begin(), bytes.end(), want.begin() + f.offset);
-    }
-    for (size_t i = 0; i < size; ++i)
-        if (got[i] != want[i]) {
-            ADD_FAILURE() << what << ": byte " << i << " is " << int(got[i]) << ", expected " << int(want[i]);
-            return;
-        }
+    std::string want(size, char(kSentinel));
+    for (const Fields* list : {&zeros, &fields})
+        for (const FieldValue& f : *list)
+            want.replace(f.offset, f.size, ExpectedBytes(f));
+    const std::string got(reinterpret_cast<const char*>(record), size);
+    const size_t at = std::mismatch(got.begin(), got.end(), want.begin()).first - got.begin();
+    if (at < size)
+        ADD_FAILURE() << what << ": byte " << at << " is " << int(Bytes(record)[at]) << ", expected "
+                      << int(static_cast<unsigned char>(want[at]));
 }
 
 // The scalar fields of each record, written (as 0 when their key is absent)
 // whenever the section or the entry is read.
-const Runs kGreenScalars = {{0, 3},   {32, 2},  {66, 2},  {100, 15}, {116, 5},
-                            {150, 6}, {180, 1}, {184, 17}, {212, 6}, {272, 5}};
-const Runs kAccelScalars = {{0, 3}, {8, 48}, {124, 13}, {148, 1}};
-const Runs kCollideScalars = {{0, 4}, {8, 48}, {124, 2}}; // also the hit record's
-const Runs kStanceEntry = {{0, 3}, {4, 52}, {124, 1}};
-const Runs kTyreScalars = {{288, 5}, {896, 4}};
-const Runs kTempEntry = {{0, 56}, {124, 3}};
-const Runs kDsmEntry = {{0, 2}, {6, 1}};
+const Fields kGreenScalars = {{0, 3, 0},   {32, 2, 0},  {66, 2, 0},  {100, 15, 0}, {116, 5, 0},
+                            {150, 6, 0}, {180, 1, 0}, {184, 17, 0}, {212, 6, 0}, {272, 5, 0}};
+const Fields kAccelScalars = {{0, 3, 0}, {8, 48, 0}, {124, 13, 0}, {148, 1, 0}};
+const Fields kCollideScalars = {{0, 4, 0}, {8, 48, 0}, {124, 2, 0}}; // also the hit record's
+const Fields kStanceEntry = {{0, 3, 0}, {4, 52, 0}, {124, 1, 0}};
+const Fields kTyreScalars = {{288, 5, 0}, {896, 4, 0}};
+const Fields kTempEntry = {{0, 56, 0}, {124, 3, 0}};
+const Fields kDsmEntry = {{0, 2, 0}, {6, 1, 0}};
 
 // An "APR" of {"SU":9} at `at`: its direct scalars are written, "CH" and the
 // three embedded records keep the caller's bytes.
-const Runs LinkScalars(size_t at) { return {{at + 28, 4}, {at + 48, 8}}; }
-const std::vector<FieldValue> LinkSu(size_t at) { return {{at + 28, 1, 9}}; }
+const Fields LinkScalars(size_t at) { return {{at + 28, 4, 0}, {at + 48, 8, 0}}; }
+const Fields LinkSu(size_t at) { return {{at + 28, 1, 9}}; }
 
 const std::string k32(32, 'c');
 const std::string k20 = "0123456789abcdefghij";
@@ -138,8 +107,8 @@ struct Row {
     const char* key;
     size_t size;
     std::string section;
-    Runs zeros;
-    std::vector<FieldValue> fields;
+    Fields zeros;
+    Fields fields;
     Lines logged;
 };
 
@@ -151,30 +120,17 @@ const std::vector<Row>& Rows()
          R"({"PFS":{"FAH":[1,2,3],"FM":[1,2,3,4,5,6,7,8,9,10],"RM":7},"PGS":{"M":12.5,"F":"3.25","MC":"fast","FC":-0.5},)"
          R"("PLDS":{"CD":-2,"CA":-32768,"VW":70000,"NP":1,"SL":2,"CSS":3},"ATE":4000000000,"FUE":300,)"
          R"("ATH1":{"PLGR":-3,"SUXAL":1}})",
-         kGreenScalars + Runs{{218, 52}},
-         {{156, 3, 0x030201},
-          {164, 8, 0x0004000300020001ull},
-          {172, 8, 0x0008000700060005ull},
-          {180, 1, 7},
-          {184, 4, F32(12.5f)},
-          {188, 4, F32(3.25f)},
-          {196, 4, F32(-0.5f)},
-          {100, 2, 4464},
-          {104, 2, 0xFFFE},
-          {112, 2, 0x8000},
-          {114, 1, 1},
-          {116, 1, 2},
-          {120, 1, 3},
-          {212, 4, 4000000000u},
-          {276, 1, 44},
-          {218, 2, 1},
+         kGreenScalars + Fields{{218, 52, 0}},
+         {{156, 3, 0x030201}, {164, 8, 0x0004000300020001ull}, {172, 8, 0x0008000700060005ull}, {180, 1, 7},
+          {184, 4, F32(12.5f)}, {188, 4, F32(3.25f)}, {196, 4, F32(-0.5f)}, {100, 2, 4464}, {104, 2, 0xFFFE},
+          {112, 2, 0x8000}, {114, 1, 1}, {116, 1, 2}, {120, 1, 3}, {212, 4, 4000000000u}, {276, 1, 44}, {218, 2, 1},
           {268, 2, 0xFFFD}},
          {kNoThresh2}},
         {"green: arrays of another kind keep the entries, groups of another kind read as absent, ATH1 no object", 25,
          "PGDS", 432,
          R"({"PFS":{"FAH":5,"FM":{"0":1}},"PSS":[1,2],"PGS":"12.5","ATH1":"t",)"
          R"("ATH2":{"ITL4":300,"CTHT":7,"CTHR":9,"OSL5":-1,"RL8":70000,"EFT":"5"}})",
-         kGreenScalars + Runs{{218, 52}, {280, 149}},
+         kGreenScalars + Fields{{218, 52, 0}, {280, 149, 0}},
          {{280 + 148, 1, 44}, {280 + 16, 2, 7}, {280 + 12, 2, 9}, {280 + 103, 1, 0xFF}, {280 + 118, 2, 4464}},
          {}},
         {"green: no threshold objects", 25, "PGDS", 432, R"({"SUI":1})", kGreenScalars, {{216, 2, 1}},
@@ -184,16 +140,8 @@ const std::vector<Row>& Rows()
          R"({"EN":1,"AS":2,"VT":3,"AN":"Harsh acceleration","AO":"OUT1","SDT":3,)"
          R"("ACP":{"TX":"2.5","TY":"1.27","TZ":"7000","SX":70000,"SY":2,"SZ":3,"ADJACC":1}})",
          kAccelScalars,
-         {{0, 3, 0x030201},
-          {8, 32, 0, "Harsh acceleration"},
-          {40, 16, 0, "OUT1"},
-          {124, 2, 25},
-          {126, 2, 12},
-          {128, 2, 4464},
-          {130, 2, 4464},
-          {132, 4, 0x00030002},
-          {136, 1, 1},
-          {148, 1, 3}},
+         {{0, 3, 0x030201}, {8, 32, 0, "Harsh acceleration"}, {40, 16, 0, "OUT1"}, {124, 2, 25}, {126, 2, 12},
+          {128, 2, 4464}, {130, 2, 4464}, {132, 4, 0x00030002}, {136, 1, 1}, {148, 1, 3}},
          {kNoLink}},
         {"accel: a number is no text, negative gives 0, only 16 characters count", 29, "ACC", 152,
          R"({"ACP":{"TX":2.5,"TY":"-3","TZ":"0000000000000012.5","SX":"5"}})", kAccelScalars, {{128, 2, 120}},
@@ -210,58 +158,50 @@ const std::vector<Row>& Rows()
 
         {"stance: three elements, one no object", 39, "PVTSAS", 1544,
          R"([{"NE":1,"SDT":2,"TIO":3,"AN":"Tilt"},5,{"APR":{"SU":9}}])",
-         EntryRuns(kStanceEntry, 8, 128, 3) + LinkScalars(8 + 256 + 56),
+         Entries(kStanceEntry, 8, 128, 3) + LinkScalars(8 + 256 + 56),
          Fields{{8, 1, 1}, {8 + 124, 1, 2}, {8 + 7, 1, 3}, {8 + 8, 32, 0, "Tilt"}} + LinkSu(8 + 256 + 56),
          Times(2, kNoLink) + kLinkWithoutSubRecords},
         {"stance: thirteen elements, twelve read", 39, "PVTSAS", 1544, Repeat(R"({"NE":1})", 13),
-         EntryRuns(kStanceEntry, 8, 128, 12), EntryFields({{0, 1, 1}}, 8, 128, 12), Times(12, kNoLink)},
+         Entries(kStanceEntry, 8, 128, 12), Entries({{0, 1, 1}}, 8, 128, 12), Times(12, kNoLink)},
         {"stance: an object reads no entry", 39, "PVTSAS", 1544, R"({"NE":1})", {}, {}, {}},
 
         {"tyres: entries and RI up to their bounds, a name of 15 characters and more", 40, "TPP", 900,
          R"({"TSP":[{"LP":300,"HP":500},{"RI":[1,2,3,4],"HT":7}],"TRP":[{"RI":[9],"RP":1,"EN":2},{},{},{"EN":5}],)"
          R"("TTR":[{"N":"front-left-outer","P":1},{"P":2}],"TVC":6})",
-         kTyreScalars + EntryRuns({{3, 5}}, 0, 8, 2) + EntryRuns({{3, 2}}, 296, 8, 3) + EntryRuns({{0, 16}}, 320, 16, 2),
-         {{4, 2, 300},
-          {6, 2, 500},
-          {8, 3, 0x030201},
-          {11, 1, 7},
-          {296, 1, 9},
-          {299, 1, 1},
-          {300, 1, 2},
-          {320, 15, 0, "front-left-outer"},
-          {335, 1, 1},
-          {351, 1, 2},
-          {896, 1, 6}},
+         kTyreScalars + Entries({{3, 5, 0}}, 0, 8, 2) + Entries({{3, 2, 0}}, 296, 8, 3) +
+             Entries({{0, 16, 0}}, 320, 16, 2),
+         {{4, 2, 300}, {6, 2, 500}, {8, 3, 0x030201}, {11, 1, 7}, {296, 1, 9}, {299, 1, 1}, {300, 1, 2},
+          {320, 15, 0, "front-left-outer"}, {335, 1, 1}, {351, 1, 2}, {896, 1, 6}},
          {}},
         {"tyres: 37 positions, 36 read; RI and TTR of another kind", 40, "TPP", 900,
          R"({"TSP":)" + Repeat(R"({"HT":1,"RI":{"0":1}})", 37) + R"(,"TTR":"x","TTP":{"AL":2}})",
-         kTyreScalars + EntryRuns({{3, 5}}, 0, 8, 36), EntryFields({{3, 1, 1}}, 0, 8, 36) + Fields{{292, 1, 2}},
+         kTyreScalars + Entries({{3, 5, 0}}, 0, 8, 36), Entries({{3, 1, 1}}, 0, 8, 36) + Fields{{292, 1, 2}},
          {}},
 
         {"temperature: two elements, linkage at 56 of each", 41, "STMPA", 780,
          R"([{"EN":1,"UIT":4000000000,"SNM":"Cargo","SOD":"ALARM","APR":{"SU":9}},{"IWD":5}])",
-         EntryRuns(kTempEntry, 0, 156, 2) + LinkScalars(56),
+         Entries(kTempEntry, 0, 156, 2) + LinkScalars(56),
          Fields{{0, 1, 1}, {4, 4, 4000000000u}, {8, 32, 0, "Cargo"}, {40, 16, 0, "ALARM"}, {156 + 126, 1, 5}} + LinkSu(56),
          kLinkWithoutSubRecords + Lines{kNoLink}},
         {"temperature: six elements, five read", 41, "STMPA", 780, Repeat(R"({"HTTD":1})", 6),
-         EntryRuns(kTempEntry, 0, 156, 5), EntryFields({{124, 1, 1}}, 0, 156, 5), Times(5, kNoLink)},
+         Entries(kTempEntry, 0, 156, 5), Entries({{124, 1, 1}}, 0, 156, 5), Times(5, kNoLink)},
         {"temperature: an object reads no entry", 41, "STMPA", 780, R"({"EN":1})", {}, {}, {}},
 
         {"vehicle fault: signed and narrowed 16-bit fields", 26, "VTFS", 16,
-         R"({"TP":-5,"TV":70000,"VP":1,"VV":-1,"VAT":7})", {{0, 16}},
+         R"({"TP":-5,"TV":70000,"VP":1,"VV":-1,"VAT":7})", {{0, 16, 0}},
          {{0, 2, 0xFFFB}, {2, 2, 4464}, {8, 2, 1}, {10, 2, 0xFFFF}, {12, 4, 7}}, {}},
         {"fuel", 45, "FAS", 68, R"({"BA":4000000000,"TS":70000,"FN":"Fuel tank","FO":")" + k20 + R"(","SDT":2,"CF":3})",
-         {{0, 63}, {64, 4}},
+         {{0, 63, 0}, {64, 4, 0}},
          {{64, 4, 4000000000u}, {2, 2, 4464}, {4, 32, 0, "Fuel tank"}, {36, 16, 0, k20.c_str()}, {62, 1, 2}, {60, 2, 3}},
          {}},
         {"DSM: SST only", 51, "DSM", 964, R"({"SST":1})", {}, {{0, 1, 1}}, {}},
         {"DSM: thirteen alarms, twelve read", 51, "DSM", 964, R"({"SST":2,"DSMA":)" + Repeat(R"({"EN":1,"SDT":2})", 13) + "}",
-         EntryRuns(kDsmEntry, 4, 80, 12), EntryFields({{0, 1, 1}, {6, 1, 2}}, 4, 80, 12) + Fields{{0, 1, 2}},
+         Entries(kDsmEntry, 4, 80, 12), Entries({{0, 1, 1}, {6, 1, 2}}, 4, 80, 12) + Fields{{0, 1, 2}},
          Times(12, kNoLink)},
         {"DSM: linkage at 12 of an alarm", 51, "DSM", 964, R"({"DSMA":[{"AS":3,"APR":{"SU":9}}]})",
-         Runs{{0, 1}} + EntryRuns(kDsmEntry, 4, 80, 1) + LinkScalars(4 + 12), Fields{{5, 1, 3}} + LinkSu(4 + 12),
+         Fields{{0, 1, 0}} + Entries(kDsmEntry, 4, 80, 1) + LinkScalars(4 + 12), Fields{{5, 1, 3}} + LinkSu(4 + 12),
          kLinkWithoutSubRecords},
-        {"DSM: DSMA no array", 51, "DSM", 964, R"({"DSMA":{"EN":1}})", {{0, 1}}, {}, {}},
+        {"DSM: DSMA no array", 51, "DSM", 964, R"({"DSMA":{"EN":1}})", {{0, 1, 0}}, {}, {}},
     };
     return rows;
 }
@@ -332,12 +272,6 @@ std::vector<std::string> Numbered(const std::string& stem, int last)
     for (int n = 1; n <= last; ++n)
         out.push_back(stem + std::to_string(n));
     return out;
-}
-
-std::vector<std::string> operator+(std::vector<std::string> a, const std::vector<std::string>& b)
-{
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
 }
 
 Keys Thresh1Keys()
@@ -425,8 +359,8 @@ TEST(GDSThresholds, EveryJsonKindDirectly)
             EXPECT_TRUE(Untouched(one.get(), 0, sizeof *one)) << c.json;
             EXPECT_TRUE(Untouched(two.get(), 0, sizeof *two)) << c.json;
         } else {
-            ExpectRecord(Bytes(one.get()), sizeof *one, {{0, 52}}, {}, c.json);
-            ExpectRecord(Bytes(two.get()), sizeof *two, {{0, 149}}, c.fields, c.json);
+            ExpectRecord(one.get(), sizeof *one, {{0, 52, 0}}, {}, c.json);
+            ExpectRecord(two.get(), sizeof *two, {{0, 149, 0}}, c.fields, c.json);
         }
     }
 }
