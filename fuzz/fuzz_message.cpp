@@ -27,23 +27,7 @@ struct TypeSizes {
 };
 
 // The exported parsers that take the object itself (and the array, for the
-// snapshot list): X(call, record type). The dial-up profile and the green
-// driving thresholds join when their sections declare them.
-#if defined(FUZZ_HAVE_ParseBoHaoParamJson)
-#define FUZZ_BOHAO(X) X(ParseBoHaoParamJson, paramBoHaoParam_t)
-#else
-#define FUZZ_BOHAO(X)
-#endif
-#if defined(FUZZ_HAVE_ParseGDSAlarmThresh1)
-#define FUZZ_THRESH1(X) X(ParseGDSAlarmThresh1, paramAlarmThresh1_t)
-#else
-#define FUZZ_THRESH1(X)
-#endif
-#if defined(FUZZ_HAVE_ParseGDSAlarmThresh2)
-#define FUZZ_THRESH2(X) X(ParseGDSAlarmThresh2, paramAlarmThresh2_t)
-#else
-#define FUZZ_THRESH2(X)
-#endif
+// snapshot list): X(call, record type).
 #define FUZZ_SUB_RECORD_PARSERS(X)                                  \
     X(ParseAlarmLinkRecord, alarmLinkRecord_t)                      \
     X(ParseAlarmLinkSnapShot, alarmLinkSnapShot)                    \
@@ -52,7 +36,9 @@ struct TypeSizes {
     X(ParseAlarmPlan, alarmPlan_t)                                  \
     X(ParseCommonSnapPara, CommonSnapPara_t)                        \
     X(ParseNCommonSnapPara<16>, CommonSnapPara_t[16])               \
-    FUZZ_BOHAO(X) FUZZ_THRESH1(X) FUZZ_THRESH2(X)
+    X(ParseBoHaoParamJson, paramBoHaoParam_t)                       \
+    X(ParseGDSAlarmThresh1, paramAlarmThresh1_t)                    \
+    X(ParseGDSAlarmThresh2, paramAlarmThresh2_t)
 
 template <class R> R& As(fuzz::Guarded& buffer) { return *reinterpret_cast<R*>(buffer.data()); }
 
