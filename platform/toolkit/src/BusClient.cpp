@@ -45,6 +45,7 @@ struct Client {
     std::string endpoint;
     unsigned int type = 0;
     bool connected = false;
+    long long lastMonitorCheck = 0;
     std::map<int, Common::K7X_MSG_CALLBACK> receivers; // by event
     std::string dogRecord;                              // the last watchdog registration, replayed
 };
@@ -148,6 +149,17 @@ void ReadMonitor(Client& c, int timeout)
     }
 }
 
+// Reads the connection events now and then: checking costs a system call, and
+// a send that finds no daemon fails by itself within the send timeout.
+void CheckMonitor(Client& c)
+{
+    const long long now = Now();
+    if (c.connected && now - c.lastMonitorCheck < 20)
+        return;
+    c.lastMonitorCheck = now;
+    ReadMonitor(c, 0);
+}
+
 void Deliver(Client& c, zmq::message_t& frame)
 {
     if (frame.size() < BusWire::kHeadSize) {
@@ -200,7 +212,7 @@ int Wait(Client& c, int timeout, std::string* dogs = nullptr)
     const long long deadline = timeout < 0 ? -1 : Now() + timeout;
     int delivered = 0;
     for (;;) {
-        ReadMonitor(c, 0);
+        CheckMonitor(c);
         while (delivered < kBatch && ReceiveOne(c, &delivered, dogs) && !(dogs && !dogs->empty())) {
         }
         if ((dogs ? !dogs->empty() : delivered > 0))
@@ -395,7 +407,7 @@ int K7X_MSGSendMessage(K7X_MSG_HANDLE handle, int destination, int messageId, in
         c->dogRecord.assign(static_cast<const char*>(frame.data()), frame.size());
     else if (destination == 0 && messageId == BusWire::kDogUnregister)
         c->dogRecord.clear();
-    ReadMonitor(*c, 0);
+    CheckMonitor(*c);
     if (!c->connected || !SendCommand(*c, BusWire::kMsg, std::move(frame))) {
         BUS_LOG(0, "bus: no bus daemon at %s, event 0x%x dropped\n", c->endpoint.c_str(), messageId);
         return -1;
@@ -423,7 +435,7 @@ int K7X_MSGResponseMessage(K7X_MSG_HANDLE handle, SMessageHead* head, const char
     zmq::message_t frame;
     if (!BuildFrame(__func__, frame, response, body, length))
         return -1;
-    ReadMonitor(*c, 0);
+    CheckMonitor(*c);
     if (!c->connected || !SendCommand(*c, BusWire::kRsp, std::move(frame))) {
         BUS_LOG(0, "bus: no bus daemon at %s, response 0x%x dropped\n", c->endpoint.c_str(), response.messageId);
         return -1;
