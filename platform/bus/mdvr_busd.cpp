@@ -109,7 +109,8 @@ public:
 private:
     bool ReceiveOne()
     {
-        std::vector<zmq::message_t> frames(1);
+        std::vector<zmq::message_t>& frames = frames_; // kept: no allocation per message
+        frames.resize(1);
         if (!router_.recv(frames[0], zmq::recv_flags::dontwait))
             return false;
         while (frames.back().more()) {
@@ -232,7 +233,8 @@ private:
         head.length = body;
         BusWire::WriteHead(frame.data(), head);
         auto found = subscribers_.find(head.messageId);
-        std::vector<unsigned short> targets;
+        std::vector<unsigned short>& targets = targets_;
+        targets.clear();
         if (found != subscribers_.end()) {
             if (destination == 0)
                 targets.assign(found->second.begin(), found->second.end());
@@ -379,6 +381,8 @@ private:
     std::unordered_map<std::string, unsigned short> byRouting_;
     std::unordered_map<int, std::set<unsigned short>> subscribers_;
     std::map<std::string, Dog> dogs_;
+    std::vector<zmq::message_t> frames_;
+    std::vector<unsigned short> targets_;
 };
 
 int Usage(const char* message)

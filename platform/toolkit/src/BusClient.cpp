@@ -20,6 +20,7 @@
 #include <map>
 #include <mutex>
 #include <set>
+#include <vector>
 
 #define BUS_LOG(level, ...) Common::gclDebugPrintf(level, "platform/toolkit/src/BusClient", __func__, __LINE__, __VA_ARGS__)
 
@@ -48,6 +49,7 @@ struct Client {
     long long lastMonitorCheck = 0;
     std::map<int, Common::K7X_MSG_CALLBACK> receivers; // by event
     std::string dogRecord;                              // the last watchdog registration, replayed
+    std::vector<zmq::message_t> frames;                 // of the message being received
 };
 
 struct Registry {
@@ -179,12 +181,11 @@ void Deliver(Client& c, zmq::message_t& frame)
 // Handles one message from the daemon; false when there was none.
 bool ReceiveOne(Client& c, int* delivered, std::string* dogs)
 {
-    std::vector<zmq::message_t> frames;
+    std::vector<zmq::message_t>& frames = c.frames; // kept: no allocation per message
+    frames.resize(1);
     try {
-        zmq::message_t frame;
-        if (!c.socket.recv(frame, zmq::recv_flags::dontwait))
+        if (!c.socket.recv(frames[0], zmq::recv_flags::dontwait))
             return false;
-        frames.push_back(std::move(frame));
         while (frames.back().more()) {
             frames.emplace_back();
             (void)c.socket.recv(frames.back());
@@ -195,7 +196,8 @@ bool ReceiveOne(Client& c, int* delivered, std::string* dogs)
     }
     const std::string command = frames[0].to_string();
     if (command == BusWire::kMsg && frames.size() == 2) {
-        Deliver(c, frames[1]);
+        zmq::message_t message(std::move(frames[1])); // a receiver may wait again, reusing `frames`
+        Deliver(c, message);
         ++*delivered;
     } else if (command == BusWire::kDogs && frames.size() == 2 && dogs != nullptr) {
         *dogs = frames[1].to_string();
