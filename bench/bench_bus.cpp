@@ -142,8 +142,8 @@ void ReceiveDirectly(unsigned long long total, const std::string& endpoint, int 
     (void)!write(ready, "r", 1);
     socket.set(zmq::sockopt::rcvtimeo, 5000);
     while (!checker.Done()) {
-        zmq::message_t command, frame;
-        if (!socket.recv(command) || !command.more() || !socket.recv(frame))
+        zmq::message_t frame;
+        if (!socket.recv(frame) || frame.size() < BusWire::kHeadSize)
             break;
         checker.Take(static_cast<const char*>(frame.data()) + BusWire::kHeadSize, frame.size() - BusWire::kHeadSize);
     }
@@ -161,13 +161,12 @@ long long SendDirectly(unsigned long long total, size_t size, const std::string&
     socket.connect(endpoint);
     const long long start = NowNs();
     for (unsigned long long seq = 0; seq < total; ++seq) {
-        // The same frames as the bus client's: the command, then header and body.
+        // The same frame as the bus client's: header and body.
         const std::string body = Body(seq, size);
         const Common::SMessageHead head{0, 0, 0, kEvent, static_cast<unsigned int>(size)};
         zmq::message_t frame(BusWire::kHeadSize + size);
         BusWire::WriteHead(frame.data(), head);
         std::memcpy(static_cast<char*>(frame.data()) + BusWire::kHeadSize, body.data(), size);
-        socket.send(zmq::message_t(BusWire::kMsg, 3), zmq::send_flags::sndmore);
         socket.send(frame, zmq::send_flags::none);
     }
     socket.set(zmq::sockopt::linger, -1); // let the last messages go before the context ends

@@ -353,8 +353,8 @@ TEST_F(Bus, RejectsBadInputAndKeepsServingTheOtherClients)
     const std::string claimsMore = std::string(reinterpret_cast<const char*>(&longer), 16) + "12345";
     const std::string requestAsResponse = std::string(reinterpret_cast<const char*>(&notResponse), 16) + "x";
     const std::vector<std::vector<std::string>> bad = {
-        {"MSG", "short"}, {"MSG", claimsMore}, {"RSP", requestAsResponse}, {"SUB"}, {"SUB", "12345"},
-        {"NOPE", "x"}, {"MSG", "a", "b"}};
+        {"short"}, {claimsMore}, {claimsMore, "x"}, {"RSP", requestAsResponse}, {"RSP", claimsMore}, {"SUB"},
+        {"SUB", "12345"}, {"NOPE", "x"}, {"HELLO", "a", "b"}};
     const size_t before = daemon.Count("bus: bad message from client");
     for (const auto& message : bad)
         for (size_t i = 0; i < message.size(); ++i)

@@ -175,14 +175,16 @@ private:
     void Handle(std::vector<zmq::message_t>& frames)
     {
         const unsigned short id = Admit(frames[0].to_string());
+        if (frames.size() == 2 && frames[1].size() >= BusWire::kHeadSize)
+            return Route(id, false, frames[1]); // a bus message
         Peer& peer = peers_[id];
         const std::string command = frames.size() > 1 ? frames[1].to_string() : std::string();
         const size_t payload = frames.size() > 2 ? frames[2].size() : 0;
         const bool one = frames.size() == 3;
 
-        if (command == BusWire::kMsg || command == BusWire::kRsp) {
+        if (command == BusWire::kRsp) {
             if (one && payload >= BusWire::kHeadSize)
-                return Route(id, command == BusWire::kRsp, frames[2]);
+                return Route(id, true, frames[2]);
         } else if ((command == BusWire::kSub || command == BusWire::kUnsub) && one && payload == 4) {
             const int event = BusWire::ReadInt(frames[2].data());
             if (command == BusWire::kSub) {
@@ -211,8 +213,8 @@ private:
             Send(peer.routing, BusWire::kDogs, &list);
             return;
         }
-        BUSD_LOG(0, "bus: bad message from client %u (pid %d): command \"%.16s\", %zu frames, payload %zu bytes; "
-                    "dropped\n", id, peer.pid, command.c_str(), frames.size(), payload);
+        BUSD_LOG(0, "bus: bad message from client %u (pid %d): command \"%.16s\", %zu frames, argument %zu bytes; "
+                    "dropped\n", id, peer.pid, command.c_str(), frames.size() - 1, payload);
     }
 
     void Route(unsigned short sender, bool response, zmq::message_t& frame)
@@ -260,7 +262,7 @@ private:
 
     void Deliver(unsigned short id, Peer& peer, zmq::message_t& frame)
     {
-        const int result = Send(peer.routing, BusWire::kMsg, &frame, peer.congested);
+        const int result = Send(peer.routing, nullptr, &frame, peer.congested);
         if (result == 0) {
             if (peer.congested)
                 BUSD_LOG(0, "bus: client %u (pid %d) takes messages again; %llu were dropped\n", id, peer.pid,
@@ -279,7 +281,8 @@ private:
         }
     }
 
-    // 0 when sent, else the error (EAGAIN: no room, EHOSTUNREACH: gone).
+    // Sends a command (with an optional payload), or with a null command a bus
+    // message. 0 when sent, else the error (EAGAIN: no room, EHOSTUNREACH: gone).
     int Send(const std::string& routing, const char* command, zmq::message_t* payload, bool dontWait = false)
     {
         try {
@@ -287,8 +290,10 @@ private:
             if (!router_.send(to, zmq::send_flags::sndmore | (dontWait ? zmq::send_flags::dontwait
                                                                        : zmq::send_flags::none)))
                 return EAGAIN;
-            zmq::message_t name(command, std::strlen(command));
-            router_.send(name, payload ? zmq::send_flags::sndmore : zmq::send_flags::none);
+            if (command) {
+                zmq::message_t name(command, std::strlen(command));
+                router_.send(name, payload ? zmq::send_flags::sndmore : zmq::send_flags::none);
+            }
             if (payload)
                 router_.send(*payload, zmq::send_flags::none);
             return 0;

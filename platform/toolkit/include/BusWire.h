@@ -19,12 +19,13 @@ const unsigned short kDefaultPort = 7931;
 // "ipc:///tmp/mdvr.bus" or "tcp://127.0.0.1:7000".
 const char* const kEnvironment = "MDVR_BUS";
 
-// First frame of every message between a client and the daemon.
+// A bus message (header + body, at least 16 bytes) travels as a message of
+// one frame, both ways. Anything else is a command: a first frame, shorter
+// than a header, naming it, then its arguments.
 const char* const kHello = "HELLO";  // client -> bus: pid (i32), client type (u32)
 const char* const kBye = "BYE";      // client -> bus, bus -> client (acknowledged)
 const char* const kSub = "SUB";      // client -> bus: event (i32)
 const char* const kUnsub = "UNSUB";  // client -> bus: event (i32)
-const char* const kMsg = "MSG";      // both ways: header + body
 const char* const kRsp = "RSP";      // client -> bus: a response, header + body
 const char* const kDogs = "DOGS";    // client -> bus; bus -> client: JSON array
 

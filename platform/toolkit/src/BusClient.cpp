@@ -92,8 +92,19 @@ long long Now()
 
 zmq::message_t Int32(std::int32_t value) { return zmq::message_t(&value, sizeof value); }
 
-// Sends one command with an optional payload. False when the daemon cannot
-// take it (not connected, or no room within the send timeout).
+// Sends a bus message: one frame. False when the daemon cannot take it (not
+// connected, or no room within the send timeout).
+bool SendFrame(Client& c, zmq::message_t frame)
+{
+    try {
+        return c.socket.send(frame, zmq::send_flags::none).has_value();
+    } catch (const zmq::error_t& e) {
+        BUS_LOG(0, "bus: sending to %s failed: %s\n", c.endpoint.c_str(), e.what());
+        return false;
+    }
+}
+
+// Sends one command with an optional payload, like SendFrame.
 bool SendCommand(Client& c, const char* command, zmq::message_t payload, bool withPayload = true)
 {
     try {
@@ -118,7 +129,7 @@ void Introduce(Client& c)
     for (const auto& receiver : c.receivers)
         SendCommand(c, BusWire::kSub, Int32(receiver.first));
     if (!c.dogRecord.empty())
-        SendCommand(c, BusWire::kMsg, zmq::message_t(c.dogRecord.data(), c.dogRecord.size()));
+        SendFrame(c, zmq::message_t(c.dogRecord.data(), c.dogRecord.size()));
 }
 
 // Reads the connection events that have arrived; waits up to `timeout` ms for
@@ -164,10 +175,6 @@ void CheckMonitor(Client& c)
 
 void Deliver(Client& c, zmq::message_t& frame)
 {
-    if (frame.size() < BusWire::kHeadSize) {
-        BUS_LOG(0, "bus: dropped a frame of %zu bytes from the bus\n", frame.size());
-        return;
-    }
     const Common::SMessageHead head = BusWire::ReadHead(frame.data());
     auto found = c.receivers.find(head.messageId);
     if (found == c.receivers.end()) {
@@ -194,12 +201,14 @@ bool ReceiveOne(Client& c, int* delivered, std::string* dogs)
         BUS_LOG(0, "bus: receiving from %s failed: %s\n", c.endpoint.c_str(), e.what());
         return false;
     }
-    const std::string command = frames[0].to_string();
-    if (command == BusWire::kMsg && frames.size() == 2) {
-        zmq::message_t message(std::move(frames[1])); // a receiver may wait again, reusing `frames`
+    if (frames.size() == 1 && frames[0].size() >= BusWire::kHeadSize) {
+        zmq::message_t message(std::move(frames[0])); // a receiver may wait again, reusing `frames`
         Deliver(c, message);
         ++*delivered;
-    } else if (command == BusWire::kDogs && frames.size() == 2 && dogs != nullptr) {
+        return true;
+    }
+    const std::string command = frames[0].to_string();
+    if (command == BusWire::kDogs && frames.size() == 2 && dogs != nullptr) {
         *dogs = frames[1].to_string();
     } else if (command != BusWire::kBye && command != BusWire::kDogs) {
         BUS_LOG(0, "bus: dropped an unknown message \"%s\" from the bus\n", command.c_str());
@@ -410,7 +419,7 @@ int K7X_MSGSendMessage(K7X_MSG_HANDLE handle, int destination, int messageId, in
     else if (destination == 0 && messageId == BusWire::kDogUnregister)
         c->dogRecord.clear();
     CheckMonitor(*c);
-    if (!c->connected || !SendCommand(*c, BusWire::kMsg, std::move(frame))) {
+    if (!c->connected || !SendFrame(*c, std::move(frame))) {
         BUS_LOG(0, "bus: no bus daemon at %s, event 0x%x dropped\n", c->endpoint.c_str(), messageId);
         return -1;
     }
