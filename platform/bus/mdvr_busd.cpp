@@ -213,8 +213,11 @@ private:
             Send(peer.routing, BusWire::kDogs, &list);
             return;
         }
-        BUSD_LOG(0, "bus: bad message from client %u (pid %d): command \"%.16s\", %zu frames, argument %zu bytes; "
-                    "dropped\n", id, peer.pid, command.c_str(), frames.size() - 1, payload);
+        std::string shown = command.substr(0, 16); // the log gets text only, whatever came in
+        for (char& ch : shown)
+            ch = (ch >= 0x20 && ch < 0x7F) ? ch : '?';
+        BUSD_LOG(0, "bus: bad message from client %u (pid %d): command \"%s\", %zu frames, argument %zu bytes; "
+                    "dropped\n", id, peer.pid, shown.c_str(), frames.size() - 1, payload);
     }
 
     void Route(unsigned short sender, bool response, zmq::message_t& frame)
