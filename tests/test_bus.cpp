@@ -395,6 +395,36 @@ TEST_F(Bus, RejectsBadInputAndKeepsServingTheOtherClients)
     EXPECT_EQ(got.Body(0), "still here");
 }
 
+TEST(BusEndpoint, PortArgumentThenEnvironmentThenDefault)
+{
+    const struct { short port; const char* environment; const char* endpoint; } cases[] = {
+        {7000, "ipc:///tmp/elsewhere", "tcp://127.0.0.1:7000"}, // an explicit port wins
+        {-1, nullptr, "tcp://127.0.0.1:65535"},                  // the short is a 16-bit port
+        {0, nullptr, "tcp://127.0.0.1:7931"},
+        {0, "", "tcp://127.0.0.1:7931"},
+        {0, "7100", "tcp://127.0.0.1:7100"},
+        {0, "ipc:///tmp/bus", "ipc:///tmp/bus"},
+        {0, "tcp://127.0.0.1:7200", "tcp://127.0.0.1:7200"},
+        {0, "70000", ""},
+        {0, "71x", ""},
+        {0, "0", ""},
+    };
+    const char* saved = std::getenv(BusWire::kEnvironment);
+    const std::string keep = saved ? saved : "";
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.environment ? c.environment : "(unset)");
+        if (c.environment)
+            setenv(BusWire::kEnvironment, c.environment, 1);
+        else
+            unsetenv(BusWire::kEnvironment);
+        EXPECT_EQ(BusWire::ClientEndpoint("127.0.0.1", c.port), c.endpoint);
+    }
+    if (saved)
+        setenv(BusWire::kEnvironment, keep.c_str(), 1);
+    else
+        unsetenv(BusWire::kEnvironment);
+}
+
 // mdvr-bus against the test's own clients.
 TEST_F(Bus, ToolSendsCallsListensAndListsWatchdogs)
 {
