@@ -34,6 +34,19 @@ inline std::string QuoteText(const char* at, size_t size)
     return out + "\"";
 }
 
+// Bytes as hexadecimal text, two upper-case digits a byte.
+inline std::string HexText(const char* at, size_t size)
+{
+    static const char kDigits[] = "0123456789ABCDEF";
+    std::string out;
+    for (size_t i = 0; i < size; ++i) {
+        const unsigned char c = static_cast<unsigned char>(at[i]);
+        out += kDigits[c >> 4];
+        out += kDigits[c & 0x0F];
+    }
+    return out;
+}
+
 inline std::string FieldText(const std::string& bytes, const FieldInfo& f)
 {
     const char* at = bytes.data() + f.offset;
@@ -43,6 +56,7 @@ inline std::string FieldText(const std::string& bytes, const FieldInfo& f)
     switch (f.kind) {
     case Kind::Text:
         return QuoteText(at, f.size) + (strnlen(at, f.size) == f.size ? "  (fills the field, no terminator)" : "");
+    case Kind::Hex: return HexText(at, f.size);
     case Kind::Float: {
         float v;
         std::memcpy(&v, at, sizeof v);
