@@ -28,6 +28,14 @@ set_target_properties(mdvr-param PROPERTIES INSTALL_RPATH "$ORIGIN/${BSCOMMON_BI
 install(TARGETS BSCommonLibrary EXPORT BSCommonLibraryTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
 install(TARGETS mdvr-param RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
+# The development bus (daemon and command-line client) comes with the host
+# build of the support library.
+foreach(tool mdvr-busd mdvr-bus)
+    if(TARGET ${tool})
+        set_target_properties(${tool} PROPERTIES INSTALL_RPATH "$ORIGIN/${BSCOMMON_BIN_TO_LIB}")
+        install(TARGETS ${tool} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
+    endif()
+endforeach()
 if(TOOLKIT_VENDOR_DIR)
     file(GLOB BSCOMMON_VENDOR_TOOLKIT ${TOOLKIT_VENDOR_DIR}/libtoolkit.so*)
     install(FILES ${BSCOMMON_VENDOR_TOOLKIT} DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
@@ -59,27 +67,40 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/BSCommonLibrary.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
 # --- Debian packages -----------------------------------------------------------
-# Debian's name of the build's architecture and of the JsonCpp runtime package
-# that the library was linked against (with its version as the lower bound).
+# Debian's name of the build's architecture, and the Debian packages that hold
+# the shared libraries linked in (with their installed version as the lower
+# bound): JsonCpp, and ZeroMQ for the host build of the support library.
 set(BSCOMMON_DEB_ARCH_x86_64 amd64)
 set(BSCOMMON_DEB_ARCH_arm armhf)
 set(BSCOMMON_DEB_ARCH_aarch64 arm64)
 set(BSCOMMON_DEB_ARCH ${BSCOMMON_DEB_ARCH_${CMAKE_SYSTEM_PROCESSOR}})
-set(BSCOMMON_JSONCPP_DEPENDS "libjsoncpp25")
+
+# Sets `var` to "package (>= version)" for the package that holds `file`, or
+# to `fallback` when dpkg does not know the file.
+function(bscommon_deb_dependency var file fallback)
+    set(${var} ${fallback} PARENT_SCOPE)
+    get_filename_component(file "${file}" REALPATH)
+    execute_process(COMMAND dpkg-query -S ${file}
+        OUTPUT_VARIABLE owner ERROR_QUIET OUTPUT_STRIP_TRAILING_WHITESPACE)
+    if(owner MATCHES "^([^:,]+):([^:,]+): ")
+        set(package ${CMAKE_MATCH_1})
+        execute_process(COMMAND dpkg-query -W -f=\${Version} ${CMAKE_MATCH_1}:${CMAKE_MATCH_2}
+            OUTPUT_VARIABLE version ERROR_QUIET OUTPUT_STRIP_TRAILING_WHITESPACE)
+        set(${var} "${package} (>= ${version})" PARENT_SCOPE)
+    endif()
+endfunction()
+
+set(BSCOMMON_JSONCPP_FILE "")
 get_target_property(BSCOMMON_JSONCPP_TARGET JsonCpp::JsonCpp INTERFACE_LINK_LIBRARIES)
 if(TARGET ${BSCOMMON_JSONCPP_TARGET})
     get_target_property(BSCOMMON_JSONCPP_CONFIGS ${BSCOMMON_JSONCPP_TARGET} IMPORTED_CONFIGURATIONS)
     list(GET BSCOMMON_JSONCPP_CONFIGS 0 BSCOMMON_JSONCPP_CONFIG)
     get_target_property(BSCOMMON_JSONCPP_FILE ${BSCOMMON_JSONCPP_TARGET} IMPORTED_LOCATION_${BSCOMMON_JSONCPP_CONFIG})
-    get_filename_component(BSCOMMON_JSONCPP_FILE "${BSCOMMON_JSONCPP_FILE}" REALPATH)
-    execute_process(COMMAND dpkg-query -S ${BSCOMMON_JSONCPP_FILE}
-        OUTPUT_VARIABLE BSCOMMON_JSONCPP_OWNER ERROR_QUIET OUTPUT_STRIP_TRAILING_WHITESPACE)
-    if(BSCOMMON_JSONCPP_OWNER MATCHES "^([^:]+):([^:]+): ")
-        set(BSCOMMON_JSONCPP_PACKAGE ${CMAKE_MATCH_1})
-        execute_process(COMMAND dpkg-query -W -f=\${Version} ${CMAKE_MATCH_1}:${CMAKE_MATCH_2}
-            OUTPUT_VARIABLE BSCOMMON_JSONCPP_VERSION ERROR_QUIET OUTPUT_STRIP_TRAILING_WHITESPACE)
-        set(BSCOMMON_JSONCPP_DEPENDS "${BSCOMMON_JSONCPP_PACKAGE} (>= ${BSCOMMON_JSONCPP_VERSION})")
-    endif()
+endif()
+bscommon_deb_dependency(BSCOMMON_RUNTIME_DEPENDS "${BSCOMMON_JSONCPP_FILE}" libjsoncpp25)
+if(NOT TOOLKIT_VENDOR_DIR AND ZMQ_LIBRARY)
+    bscommon_deb_dependency(BSCOMMON_ZMQ_DEPENDS "${ZMQ_LIBRARY}" libzmq5)
+    string(APPEND BSCOMMON_RUNTIME_DEPENDS ", ${BSCOMMON_ZMQ_DEPENDS}")
 endif()
 
 set(CPACK_GENERATOR DEB)
@@ -94,7 +115,7 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${BSCOMMON_DEB_ARCH})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libbscommonlibrary)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "${BSCOMMON_JSONCPP_DEPENDS}, libstdc++6 (>= 12), libgcc-s1, libc6 (>= 2.34)")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "${BSCOMMON_RUNTIME_DEPENDS}, libstdc++6 (>= 12), libgcc-s1, libc6 (>= 2.34)")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libbscommonlibrary-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS

@@ -137,7 +137,10 @@ void Quiet(const ToolkitHost::LogLine&, void*) {}
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     ToolkitHost::SetLogSink(Quiet, nullptr);
-    static Fixture* fixture = new Fixture; // lives as long as the process
+    static Fixture* fixture = [] {
+        ToolkitHost::UseRecordingBus(true); // before the client is created
+        return new Fixture;                 // lives as long as the process
+    }();
     if (size == 0)
         return 0;
     fuzz::Guarded message(data + 1, size - 1);

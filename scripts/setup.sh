@@ -1,15 +1,19 @@
 #!/usr/bin/env bash
 # Installs what the build needs from Debian, skipping what is already there.
-#   scripts/setup.sh host   compiler, CMake, JsonCpp, GoogleTest, Google Benchmark, valgrind
+#   scripts/setup.sh host   compiler, CMake, JsonCpp, GoogleTest, Google Benchmark,
+#                           valgrind, ZeroMQ (libzmq, cppzmq) and CLI11 for the development bus
 #   scripts/setup.sh all    the above plus the armhf cross toolchain, armhf
-#                           libraries (multiarch) and qemu-user; clang with
+#                           libraries (multiarch) and qemu-user. Of ZeroMQ the
+#                           armhf build needs only the runtime library (headers
+#                           are the host's): libzmq3-dev:armhf would pull in a
+#                           chain of -dev packages for nothing. Also clang with
 #                           libFuzzer (fuzz targets), abigail-tools (ABI check),
-#                           pkg-config (consumer test)
+#                           pkg-config (consumer test).
 set -euo pipefail
 
-want=(cmake make g++ libjsoncpp-dev libgtest-dev libbenchmark-dev valgrind)
+want=(cmake make g++ libjsoncpp-dev libgtest-dev libbenchmark-dev valgrind libzmq3-dev cppzmq-dev libcli11-dev)
 if [ "${1:-all}" = all ]; then
-    want+=(g++-arm-linux-gnueabihf binutils-arm-linux-gnueabihf qemu-user libc6:armhf libjsoncpp-dev:armhf libgtest-dev:armhf)
+    want+=(g++-arm-linux-gnueabihf binutils-arm-linux-gnueabihf qemu-user libc6:armhf libjsoncpp-dev:armhf libgtest-dev:armhf libzmq5:armhf)
     want+=(clang libclang-rt-14-dev abigail-tools pkg-config)
 fi
 

@@ -41,7 +41,14 @@ expect_field "$dev" Architecture "^$arch\$"
 expect_field "$dev" Depends "libbscommonlibrary \(= $(dpkg-deb -f "$runtime" Version)\)"
 expect_field "$dev" Depends 'libjsoncpp-dev'
 
-runtime_files=$(expect_files "$runtime" /usr/lib/libBSCommonLibrary.so /usr/lib/libtoolkit.so /usr/bin/mdvr-param)
+runtime_expected=(/usr/lib/libBSCommonLibrary.so /usr/lib/libtoolkit.so /usr/bin/mdvr-param)
+# The host build of the support library is a ZeroMQ client and brings the
+# development bus with it.
+if [ -x "$build/mdvr-busd" ]; then
+    runtime_expected+=(/usr/bin/mdvr-busd /usr/bin/mdvr-bus)
+    expect_field "$runtime" Depends '(^|, )libzmq5 \(>= [^)]+\)'
+fi
+runtime_files=$(expect_files "$runtime" "${runtime_expected[@]}")
 dev_files=$(expect_files "$dev" \
     /usr/include/BSCommonLibrary/CommonParaAdapter.h /usr/include/BSCommonLibrary/MsgClientManage.h \
     /usr/include/BSCommonLibrary/CommonUtils.h /usr/include/BSCommonLibrary/CommonToolkit.h \
@@ -62,8 +69,8 @@ grep -E '\.so' <<<"$dev_files" && fail "development package holds libraries"
 case $arch in amd64) machine='X86-64' ;; armhf) machine='ARM' ;; *) machine='?' ;; esac
 unpacked=$out/unpacked
 dpkg-deb -x "$runtime" "$unpacked"
-for file in usr/lib/libBSCommonLibrary.so usr/lib/libtoolkit.so usr/bin/mdvr-param; do
-    readelf -h "$unpacked/$file" | grep -q "Machine:.*$machine" || fail "$file is not built for $machine"
+for file in "${runtime_expected[@]}"; do
+    readelf -h "$unpacked$file" | grep -q "Machine:.*$machine" || fail "$file is not built for $machine"
 done
 
 [ "$failures" -eq 0 ] || exit 1
