@@ -12,6 +12,8 @@
 
 #include "ParaDescribe.h"
 
+#include <json/writer.h>
+
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -113,6 +115,16 @@ template <class R> Json::Value DecodeRecord(const R& record)
     DecodeWalk walk(section);
     Describe(walk, *copy);
     return section;
+}
+
+// A decoded document as text. Texts keep their bytes as they are, valid UTF-8
+// or not, so that the text read back stores the same bytes.
+inline std::string DocumentText(const Json::Value& value)
+{
+    Json::StreamWriterBuilder writer;
+    writer["indentation"] = "  ";
+    writer["emitUTF8"] = true;
+    return Json::writeString(writer, value);
 }
 
 } // namespace para

@@ -173,6 +173,19 @@ private:
         return name + "[" + IndexName(strides_.size() - 1) + "]";
     }
 
+    // "u8", "i32", "char", "f32", "u8[6]".
+    template <class T> static std::string TypeLabel()
+    {
+        if constexpr (std::is_array_v<T>)
+            return TypeLabel<std::remove_extent_t<T>>() + "[" + std::to_string(std::extent_v<T>) + "]";
+        else if constexpr (std::is_floating_point_v<T>)
+            return "f32";
+        else if constexpr (std::is_same_v<T, char>)
+            return "char";
+        else
+            return (std::is_signed_v<T> ? "i" : "u") + std::to_string(8 * sizeof(T));
+    }
+
     template <class T> Json::Value Leaf(const std::string& name, T& f)
     {
         if constexpr (std::is_array_v<T>) {
@@ -180,10 +193,7 @@ private:
         } else {
             static_assert(std::is_arithmetic_v<T>, "a scalar field");
             Json::Value s = ScalarSchema<T>();
-            const std::string type = std::is_floating_point_v<T> ? "f32"
-                                     : std::is_same_v<T, char>   ? "char"
-                                     : (std::is_signed_v<T> ? "i" : "u") + std::to_string(8 * sizeof(T));
-            s["description"] = Where(name, &f, type) +
+            s["description"] = Where(name, &f, TypeLabel<T>()) +
                                (std::is_floating_point_v<T> ? " (a number, or decimal text)" : "");
             return s;
         }

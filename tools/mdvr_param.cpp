@@ -403,14 +403,6 @@ int Types()
 
 // ---------------------------------------------------------------------------
 
-std::string JsonText(const Json::Value& value)
-{
-    Json::StreamWriterBuilder writer;
-    writer["indentation"] = "  ";
-    writer["emitUTF8"] = true; // texts keep their bytes, valid UTF-8 or not
-    return Json::writeString(writer, value);
-}
-
 Json::Value Document(const std::string& key, const Json::Value& section)
 {
     Json::Value doc(Json::objectValue);
@@ -421,7 +413,8 @@ Json::Value Document(const std::string& key, const Json::Value& section)
 int Schema(const std::string& what)
 {
     Json::Value mdvr = para::ObjectSchema("the parameter sections, one object per section key");
-    for (const TypeInfo* t : TypesNamed(what))
+    const std::vector<const TypeInfo*> types = TypesNamed(what);
+    for (const TypeInfo* t : types)
         mdvr["properties"][t->key] =
             t->schema(std::string("section \"") + t->key + "\": record " + t->record + " (" + std::to_string(t->size) +
                       " bytes, parameter type " + std::to_string(t->type) + "), read by " + t->parser);
@@ -433,10 +426,11 @@ int Schema(const std::string& what)
     parameter.removeMember("additionalProperties");
     Json::Value root = para::ObjectSchema("");
     root["$schema"] = "https://json-schema.org/draft/2020-12/schema";
-    root["title"] = what == "all" ? std::string("MDVR parameter document") : "MDVR parameter document, " + what;
+    root["title"] = what == "all" ? std::string("MDVR parameter document")
+                                  : std::string("MDVR parameter document, section ") + types[0]->key;
     root["properties"]["PARAMETER"] = parameter;
     root.removeMember("additionalProperties");
-    std::printf("%s\n", JsonText(root).c_str());
+    std::printf("%s\n", para::DocumentText(root).c_str());
     return 0;
 }
 
@@ -470,7 +464,7 @@ int Decode(const std::string& only, const std::string& file)
     if (bytes.size() != t.size)
         throw UsageError(file + ": " + std::to_string(bytes.size()) + " bytes, but a " + t.record + " record has " +
                          std::to_string(t.size));
-    const std::string text = JsonText(Document(t.key, t.decode(bytes)));
+    const std::string text = para::DocumentText(Document(t.key, t.decode(bytes)));
     std::printf("%s\n", text.c_str());
     const Parsed back = t.parse(t.type, ParseDocument(text, "the decoded document"));
     int lost = 0;
