@@ -1,6 +1,7 @@
-// Throughput of the serial frame codecs on 64 KiB frames whose bodies are
-// random with about 1% flag and escape bytes (argument 10, per mille) or none
-// (argument 0), beside memcpy of the same size and a byte-at-a-time encoder.
+// Throughput of the serial frame codecs on frames whose bodies are random with
+// about 1% flag and escape bytes (first argument 10, per mille) or none (0),
+// of 64 KiB and of the sizes a serial link carries (16 to 1024 bytes; second
+// argument), beside memcpy of the same size and a byte-at-a-time encoder.
 // Every figure counts the bytes of the unescaped frame.
 #include "CommonUtils.h"
 
@@ -14,7 +15,8 @@
 
 namespace {
 
-constexpr int kFrameSize = 64 * 1024;
+constexpr int kLargeFrame = 64 * 1024;
+const std::vector<int64_t> kSerialFrames = {16, 64, 256, 1024};
 
 struct Codec {
     int (*encode)(char const*, char*, int);
@@ -26,10 +28,10 @@ struct Codec {
 const Codec k7e7e{serial_transfrom_7e7e, serial_retransfrom_7e7e, 1, {0x7D, 0x7E}, 0x7E};
 const Codec k7e7f{serial_transfrom_7e7f, serial_retransfrom_7e7f, 2, {0x7D, 0x7E, 0x7F}, 0x7F};
 
-std::vector<char> Frame(const Codec& c, unsigned perMille = 10)
+std::vector<char> Frame(const Codec& c, unsigned perMille, int size)
 {
     std::mt19937 rng(2024);
-    std::vector<char> frame(kFrameSize);
+    std::vector<char> frame(static_cast<size_t>(size));
     for (char& b : frame) {
         b = static_cast<char>(rng());
         while (std::find(c.specials.begin(), c.specials.end(), b) != c.specials.end())
@@ -59,20 +61,21 @@ struct Buffers {
     }
 };
 
-void Finish(benchmark::State& state)
+void Finish(benchmark::State& state, int size)
 {
-    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * kFrameSize);
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * size);
 }
 
 void BM_Memcpy(benchmark::State& state)
 {
-    Buffers b(Frame(k7e7e), kFrameSize);
+    const int size = static_cast<int>(state.range(0));
+    Buffers b(Frame(k7e7e, 10, size), static_cast<size_t>(size));
     for (auto _ : state) {
-        std::memcpy(b.dst, b.src, kFrameSize);
+        std::memcpy(b.dst, b.src, static_cast<size_t>(size));
         benchmark::DoNotOptimize(b.dst);
         benchmark::ClobberMemory();
     }
-    Finish(state);
+    Finish(state, size);
 }
 
 // The straightforward loop the encoders replace, for comparison.
@@ -94,51 +97,62 @@ int ByteLoop7e7e(char const* src, char* dst, int len)
 
 void BM_ByteLoopEncode7e7e(benchmark::State& state)
 {
-    Buffers b(Frame(k7e7e), 2 * kFrameSize);
+    Buffers b(Frame(k7e7e, 10, kLargeFrame), 2 * kLargeFrame);
     for (auto _ : state) {
-        benchmark::DoNotOptimize(ByteLoop7e7e(b.src, b.dst, kFrameSize));
+        benchmark::DoNotOptimize(ByteLoop7e7e(b.src, b.dst, kLargeFrame));
         benchmark::ClobberMemory();
     }
-    Finish(state);
+    Finish(state, kLargeFrame);
 }
 
 void BM_Encode(benchmark::State& state, const Codec* c)
 {
-    Buffers b(Frame(*c, static_cast<unsigned>(state.range(0))), 2 * kFrameSize);
+    const int size = static_cast<int>(state.range(1));
+    Buffers b(Frame(*c, static_cast<unsigned>(state.range(0)), size), 2 * static_cast<size_t>(size));
     for (auto _ : state) {
-        benchmark::DoNotOptimize(c->encode(b.src, b.dst, kFrameSize));
+        benchmark::DoNotOptimize(c->encode(b.src, b.dst, size));
         benchmark::ClobberMemory();
     }
-    Finish(state);
+    Finish(state, size);
 }
 
 void BM_Decode(benchmark::State& state, const Codec* c)
 {
-    const std::vector<char> frame = Frame(*c, static_cast<unsigned>(state.range(0)));
+    const int size = static_cast<int>(state.range(1));
+    const std::vector<char> frame = Frame(*c, static_cast<unsigned>(state.range(0)), size);
     std::vector<char> encoded(2 * frame.size());
-    encoded.resize(static_cast<size_t>(c->encode(frame.data(), encoded.data(), kFrameSize)));
+    encoded.resize(static_cast<size_t>(c->encode(frame.data(), encoded.data(), size)));
     Buffers b(encoded, encoded.size());
     const int len = static_cast<int>(encoded.size());
     int remain = 0;
     for (auto _ : state) {
         const int n = c->decode(b.src, b.dst, len, &remain);
-        if (n != kFrameSize) {
+        if (n != size) {
             state.SkipWithError("decoded frame differs in size");
             break;
         }
         benchmark::DoNotOptimize(n);
         benchmark::ClobberMemory();
     }
-    Finish(state);
+    Finish(state, size);
 }
 
 }  // namespace
 
-BENCHMARK(BM_Memcpy);
+// Per mille of special bytes and frame size: 64 KiB with and without special
+// bytes, then the serial sizes with them.
+void FrameArgs(benchmark::internal::Benchmark* b)
+{
+    b->Args({10, kLargeFrame})->Args({0, kLargeFrame});
+    for (int64_t size : kSerialFrames)
+        b->Args({10, size});
+}
+
+BENCHMARK(BM_Memcpy)->Arg(kLargeFrame)->Arg(16)->Arg(64)->Arg(256)->Arg(1024);
 BENCHMARK(BM_ByteLoopEncode7e7e);
-BENCHMARK_CAPTURE(BM_Encode, 7e7e, &k7e7e)->Arg(10)->Arg(0);
-BENCHMARK_CAPTURE(BM_Decode, 7e7e, &k7e7e)->Arg(10)->Arg(0);
-BENCHMARK_CAPTURE(BM_Encode, 7e7f, &k7e7f)->Arg(10)->Arg(0);
-BENCHMARK_CAPTURE(BM_Decode, 7e7f, &k7e7f)->Arg(10)->Arg(0);
+BENCHMARK_CAPTURE(BM_Encode, 7e7e, &k7e7e)->Apply(FrameArgs);
+BENCHMARK_CAPTURE(BM_Decode, 7e7e, &k7e7e)->Apply(FrameArgs);
+BENCHMARK_CAPTURE(BM_Encode, 7e7f, &k7e7f)->Apply(FrameArgs);
+BENCHMARK_CAPTURE(BM_Decode, 7e7f, &k7e7f)->Apply(FrameArgs);
 
 BENCHMARK_MAIN();

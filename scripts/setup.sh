@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # Installs what the build needs from Debian, skipping what is already there.
-#   scripts/setup.sh host   compiler, CMake, JsonCpp, GoogleTest, Google Benchmark,
+#   scripts/setup.sh host   compiler, CMake, JsonCpp, GoogleTest, Google Benchmark, valgrind,
 #                           CLI11, and Python's JSON Schema validator for the tests
 #   scripts/setup.sh all    the above plus the armhf cross toolchain, armhf
 #                           libraries (multiarch) and qemu-user
 set -euo pipefail
 
-want=(cmake make g++ libjsoncpp-dev libgtest-dev libbenchmark-dev libcli11-dev python3-jsonschema)
+want=(cmake make g++ libjsoncpp-dev libgtest-dev libbenchmark-dev valgrind libcli11-dev python3-jsonschema)
 if [ "${1:-all}" = all ]; then
     want+=(g++-arm-linux-gnueabihf binutils-arm-linux-gnueabihf qemu-user libc6:armhf libjsoncpp-dev:armhf libgtest-dev:armhf)
 fi

@@ -1,8 +1,12 @@
-// Alarm sub-records (linkage, schedule, snapshot settings) and the area,
-// speed, area-limit, IO and urgent alarm sections.
+// Alarm sub-records (linkage, schedule, snapshot settings), the motion-
+// detection region and the area, speed, area-limit, IO, urgent,
+// video-analysis, fatigue-driving and timeout-parking alarm sections.
+#include "AlarmParams.h"
 #include "ParaTestSupport.h"
 
 #include <json/writer.h>
+
+#include <climits>
 
 using namespace paratest;
 using ToolkitHost::LogCapture;
@@ -91,8 +95,27 @@ TEST(AlarmSections, EveryKeyLandsAtItsOffsetAndReservedBytesStay)
     const std::vector<Field> urgent = {{"EN", 0, 1},    {"AS", 1, 1},    {"T", 2, 1},         {"VT", 3, 1},
                                        {nullptr, 4, 4}, {"UN", 8, 32},   {"UO", 40, 16},      {nullptr, 1916, 16},
                                        {"SDT", 1932, 1}, {nullptr, 1933, 3}};
+    // Video-analysis records: the 16th entry of "PMD" / "PVS" leaves entries 1 to 14 null.
+    const std::vector<Field> md = {
+        {"NE", 0, 1}, {"AS", 1, 1}, {"VT", 2, 1}, {"DT", 3, 1}, {nullptr, 4, 4}, {"MN", 8, 32}, {"MO", 40, 16},
+        {"CH", 56, 4}, {nullptr, 1920, 16}, {"PMD.0.S", 1936, 1}, {"PMD.0.MAN", 1937, 1}, {nullptr, 1938, 2},
+        {"PMD.0.KS", 1990, 1}, {"PMD.0.SZ", 1991, 1}, {"PMD.15.S", 2776, 1}, {nullptr, 2778, 2},
+        {"PMD.15.SZ", 2831, 1}, {"SDT", 2832, 1}, {nullptr, 2833, 3}};
+    const std::vector<Field> vs = {
+        {"NE", 0, 1}, {"AS", 1, 1}, {"VT", 2, 1}, {"DT", 3, 1}, {"AT", 4, 1}, {nullptr, 5, 3}, {"VN", 8, 32},
+        {"VO", 40, 16}, {"CH", 56, 4}, {nullptr, 1920, 16}, {"PVS.0.S", 1936, 1}, {nullptr, 1937, 7},
+        {"PVS.15.S", 2056, 1}, {nullptr, 2057, 7}, {"SDT", 2064, 1}, {nullptr, 2065, 3}};
+    const std::vector<Field> vl = {{"NE", 0, 1},   {"AS", 1, 1},       {"VT", 2, 1},       {nullptr, 3, 5},
+                                   {"VN", 8, 32},  {"LO", 40, 16},     {"CH", 56, 4},      {nullptr, 1920, 16},
+                                   {"SDT", 1936, 1}, {nullptr, 1937, 3}};
+    const std::vector<Field> fatigue = {
+        {"EN", 0, 1},   {"M", 1, 1},    {"SDT", 2, 1},  {nullptr, 3, 1}, {"TT", 4, 4},   {"RT", 8, 4},
+        {"DTT", 12, 4}, {"AT", 16, 4},  {"NTT", 20, 4}, {"NRT", 24, 4},  {"SS", 28, 1},  {"VDT", 29, 1},
+        {"WRT", 30, 1}, {"ART", 31, 1}, {"WI", 32, 2},  {"AI", 34, 2}};
+    const std::vector<Field> park = {{"EN", 0, 1}, {"SDT", 1, 1}, {nullptr, 2, 2}, {"AT", 4, 4}};
     struct Block { const std::vector<Field>* fields; const char* prefix; size_t base; }; // key path prefix, offset base
-    struct Case { const char* key; int type; size_t size; std::vector<Block> blocks; };
+    // `ignored`: keys of a sibling record that this one must not read.
+    struct Case { const char* key; int type; size_t size; std::vector<Block> blocks; std::vector<const char*> ignored = {}; };
     // The linkage and the schedule sit at 56 and 124 in the speed and urgent
     // records, at 52 and 120 of an IO entry.
     const std::vector<Case> cases = {
@@ -101,6 +124,11 @@ TEST(AlarmSections, EveryKeyLandsAtItsOffsetAndReservedBytesStay)
         {"ARLM", 7, 26, {{&limit, "", 0}}},
         {"IOP", 14, 30920, {{&input, "", 0}, {&kLink, "0.APR.", 8 + 52}, {&kPlan, "0.AP.", 8 + 120}}},
         {"UAP", 33, 1936, {{&urgent, "", 0}, {&kLink, "APR.", 56}, {&kPlan, "AP.", 124}}},
+        {"PMDAS", 30, 2836, {{&md, "", 0}, {&kLink, "APR.", 60}, {&kPlan, "AP.", 128}}, {"AT"}},
+        {"PVSAS", 31, 2068, {{&vs, "", 0}, {&kLink, "APR.", 60}, {&kPlan, "AP.", 128}}},
+        {"PVLAS", 32, 1940, {{&vl, "", 0}, {&kLink, "APR.", 60}, {&kPlan, "AP.", 128}}, {"DT", "AT"}},
+        {"FDAS", 42, 36, {{&fatigue, "", 0}}},
+        {"TPAS", 43, 8, {{&park, "", 0}}},
     };
     for (const Case& c : cases) {
         Json::Value doc;
@@ -108,6 +136,8 @@ TEST(AlarmSections, EveryKeyLandsAtItsOffsetAndReservedBytesStay)
             for (const Field& f : *b.fields)
                 if (f.path)
                     Put(doc["PARAMETER"]["MDVR"][c.key], b.prefix + std::string(f.path), ValueFor(b.base + f.offset, f.size));
+        for (const char* key : c.ignored)
+            doc["PARAMETER"]["MDVR"][c.key][key] = 0x5A;
         std::vector<unsigned char> record(c.size + 64, kSentinel);
         LogCapture log;
         ASSERT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(c.type), doc, record.data()), 0) << c.key;
@@ -131,7 +161,9 @@ TEST(AlarmSections, EveryKeyLandsAtItsOffsetAndReservedBytesStay)
 
 TEST(AlarmSections, EmptySectionWritesNothingAndOnlyAreaSaysSo)
 {
-    for (auto [key, type] : std::vector<std::pair<std::string, int>>{{"AREA", 2}, {"SAP", 6}, {"ARLM", 7}, {"IOP", 14}, {"UAP", 33}})
+    for (auto [key, type] : std::vector<std::pair<std::string, int>>{
+             {"AREA", 2}, {"SAP", 6}, {"ARLM", 7}, {"IOP", 14}, {"UAP", 33}, {"PMDAS", 30}, {"PVSAS", 31}, {"PVLAS", 32},
+             {"FDAS", 42}, {"TPAS", 43}})
         for (const char* section : {static_cast<const char*>(nullptr), "{}", "[]", "null"}) {
             std::vector<unsigned char> record(32 * 1024, kSentinel);
             LogCapture log;
@@ -262,4 +294,220 @@ TEST(IOAlarm, EntriesFollowTheArrayAndAbsentSubRecordsStay)
         EXPECT_TRUE(Untouched(rec.get(), 0, 8)) << iop;
         EXPECT_TRUE(Untouched(rec.get(), 8 + 1932 * entries, sizeof *rec)) << iop;
     }
+}
+
+// Narrowing, signedness and text widths of the video-analysis and time alarms.
+TEST(AlarmSections, NarrowingAndTextWidths)
+{
+    const std::string s40(40, 's'), s32(32, 'v'), s31(31, 'w'), s17(17, 'o');
+    const struct {
+        int type;
+        const char* key;
+        size_t size;
+        std::string section;
+        std::vector<FieldValue> fields; // with `all`, every other byte keeps the sentinel
+        bool all;
+    } cases[] = {
+        {42, "FDAS", 36, R"({"TT":4000})", {{0, 3, 0}, {4, 4, 4000}, {8, 28, 0}}, true},
+        {42, "FDAS", 36, R"({"WI":70000,"AI":-1,"EN":300})", {{0, 3, 44}, {4, 28, 0}, {32, 2, 4464}, {34, 2, 65535}}, true},
+        {43, "TPAS", 8, R"({"AT":-1,"SDT":256})", {{0, 2, 0}, {4, 4, 0xFFFFFFFFull}}, true},
+        {30, "PMDAS", 2836, R"({"MN":")" + s40 + R"(","MO":")" + s17 + R"(","CH":4294967296})",
+         {{8, 32, 0, s40.c_str()}, {40, 16, 0, s17.c_str()}, {56, 4, 0}}, false},
+        {31, "PVSAS", 2068, R"({"VN":")" + s31 + R"(","VO":"","CH":4294967295})",
+         {{8, 32, 0, s31.c_str()}, {40, 16, 0, ""}, {56, 4, 0xFFFFFFFFull}}, false},
+        {32, "PVLAS", 1940, R"({"VN":")" + s32 + R"(","LO":5,"NE":-1})",
+         {{0, 1, 255}, {8, 32, 0, s32.c_str()}, {40, 16, 0, ""}}, false},
+    };
+    for (const auto& c : cases) {
+        std::vector<unsigned char> record(c.size, kSentinel);
+        LogCapture log; // absent linkage and schedule are logged by their parsers
+        EXPECT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(c.type), Doc(c.key, c.section), record.data()), 0) << c.key;
+        ExpectFields(record.data(), c.size, c.fields, c.section, c.all);
+    }
+}
+
+// Entries of "PMD" and "PVS" follow the array up to 16; their reserved bytes stay.
+TEST(VideoAnalysisAlarms, EntriesFollowTheArrayWithinTheirBound)
+{
+    const struct {
+        int type;
+        const char* key;
+        const char* list;
+        size_t stride, entrySize, reservedAt, reservedSize, sdt; // entries start at 1936; SDT after them
+    } sections[] = {{30, "PMDAS", "PMD", 56, 56, 2, 2, 2832}, {31, "PVSAS", "PVS", 8, 8, 1, 7, 2064}};
+    for (const auto& s : sections)
+        for (auto [elements, entries] : std::vector<std::pair<int, size_t>>{{3, 3}, {17, 16}, {-1, 0}}) {
+            Json::Value doc;
+            Json::Value& list = doc["PARAMETER"]["MDVR"][s.key][s.list];
+            for (int i = 0; i < elements; ++i)
+                list[i]["S"] = i + 1;
+            if (elements < 0)
+                list["0"]["S"] = 1; // an object: no entry
+            std::vector<unsigned char> record(s.sdt + 4, kSentinel);
+            LogCapture quiet;
+            ASSERT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(s.type), doc, record.data()), 0);
+            for (size_t i = 0; i < 16; ++i) {
+                const size_t at = 1936 + s.stride * i;
+                SCOPED_TRACE(std::string(s.key) + " of " + std::to_string(elements) + ", entry " + std::to_string(i));
+                if (i < entries)
+                    EXPECT_EQ(record[at], i + 1);
+                else
+                    EXPECT_TRUE(Untouched(record.data(), at, at + s.entrySize));
+                EXPECT_TRUE(Untouched(record.data(), at + s.reservedAt, at + s.reservedAt + s.reservedSize));
+            }
+            EXPECT_EQ(record[s.sdt], 0) << s.key;
+            EXPECT_TRUE(Untouched(record.data(), s.sdt + 1, s.sdt + 4)) << s.key;
+        }
+}
+
+// The 50 bytes of a region from "R", and the entry's own fields around them.
+TEST(VideoAnalysisAlarms, RegionPackedFromTheFirstHundredPositions)
+{
+    const std::string digits100 = "00112233445566778899AABBCCDDEEFF0123456789abcdefFEDCBA9876543210"
+                                  "0F1E2D3C4B5A69788796A5B4C3D2E1F0FF00";
+    std::vector<unsigned char> full;
+    for (size_t i = 0; i < 100; i += 2)
+        full.push_back(static_cast<unsigned char>(std::stoul(digits100.substr(i, 2), nullptr, 16)));
+    const struct {
+        std::string r; // JSON value of "R", empty: absent
+        std::vector<unsigned char> bytes; // then zero bytes to 50
+    } cases[] = {
+        {"", {}},
+        {R"("")", {}},
+        {"7", {}},
+        {R"("FF00")", {0xFF, 0x00}},
+        {R"("abc")", {0xAB, 0xC0}},
+        {R"("G1z!")", {0x01, 0x31}},
+        {R"("\u00001F")", {0x01, 0xF0}},
+        {'"' + digits100 + '"', full},
+        {'"' + digits100 + "12345\"", full},
+    };
+    for (const auto& c : cases) {
+        const std::string entry = R"({"KS":7,"SZ":8)" + (c.r.empty() ? "" : R"(,"R":)" + c.r) + "}";
+        auto rec = Sentinel<tag_MsgMDAlarmSetting>();
+        LogCapture quiet;
+        ASSERT_EQ(ParseMDAlarmParamJson(Doc("PMDAS", R"({"PMD":[)" + entry + "]}"), *rec), 0) << c.r;
+        std::vector<unsigned char> expected = c.bytes;
+        expected.resize(50, 0);
+        EXPECT_EQ(std::vector<unsigned char>(rec->PMD[0].R, rec->PMD[0].R + 50), expected) << c.r;
+        EXPECT_EQ(At<unsigned short>(rec.get(), 1990), 0x0807) << c.r;
+        EXPECT_TRUE(Untouched(rec.get(), 1938, 1940) && Untouched(rec.get(), 1992, 2836 - 4)) << c.r;
+    }
+}
+
+namespace {
+
+// A heap buffer of exactly guard + payload + guard bytes, the guards filled
+// with `fill`: ASan sees any access beyond it, and a read or write of a guard
+// shows in the result.
+struct Guarded {
+    static constexpr size_t kGuard = 8;
+    std::unique_ptr<char[]> bytes;
+    size_t size;
+    Guarded(const std::string& payload, char fill) : bytes(new char[payload.size() + 2 * kGuard]), size(payload.size())
+    {
+        std::memset(bytes.get(), fill, size + 2 * kGuard);
+        std::memcpy(bytes.get() + kGuard, payload.data(), size);
+    }
+    char* payload() { return bytes.get() + kGuard; }
+    std::string all() const { return std::string(bytes.get(), size + 2 * kGuard); }
+};
+
+} // namespace
+
+TEST(MDRegion, EveryLengthAndPointerStaysInsideBothBuffers)
+{
+    const struct {
+        const char* what;
+        std::string text;
+        bool nullText;
+        int textLength;
+        size_t outSize;
+        bool nullOut;
+        int outLength;
+        std::string written; // from out[0]; the rest of the output keeps its bytes
+    } cases[] = {
+        {"four digits into fifty", "FF00", false, 4, 50, false, 50, std::string("\xFF\x00", 2)},
+        {"odd length drops the last", "FF00", false, 3, 50, false, 50, "\xFF"},
+        {"lower and mixed case", "abCd", false, 4, 2, false, 2, "\xAB\xCD"},
+        {"text longer than the output", "0123456789ABCDEF", false, 16, 3, false, 3, "\x01\x23\x45"},
+        {"text shorter than the output", "12", false, 2, 4, false, 4, "\x12"},
+        {"a length shorter than the text", "123456", false, 4, 4, false, 4, "\x12\x34"},
+        {"no hexadecimal digit", "GZg!@:", false, 6, 3, false, 3, std::string("\x03\x01\x0A", 3)},
+        {"NUL and codes above 0x7F", std::string("\0\0\xC8\xFF", 4), false, 4, 2, false, 2, std::string("\x00\x18", 2)},
+        {"text length 1", "F", false, 1, 4, false, 4, ""},
+        {"text length 0", "", false, 0, 4, false, 4, ""},
+        {"negative text length", "FFFF", false, -1, 4, false, 4, ""},
+        {"smallest text length", "FFFF", false, INT_MIN, 4, false, 4, ""},
+        {"output length 0", "FFFF", false, 4, 0, false, 0, ""},
+        {"negative output length", "FFFF", false, 4, 0, false, -1, ""},
+        {"smallest output length", "FFFF", false, 4, 0, false, INT_MIN, ""},
+        {"largest output length, bound by the text", "FFFF", false, 4, 2, false, INT_MAX, "\xFF\xFF"},
+        {"null text", "", true, 4, 4, false, 4, ""},
+        {"null output", "FFFF", false, 4, 0, true, 4, ""},
+        {"both null", "", true, 4, 0, true, 4, ""},
+    };
+    for (const auto& c : cases) {
+        Guarded text(c.text, 'E'); // a read past the text would pack 0xE
+        Guarded out(std::string(c.outSize, char(kSentinel)), char(kSentinel));
+        const std::string textBefore = text.all();
+        EXPECT_EQ(ParseMDRegion(c.nullText ? nullptr : text.payload(), c.textLength, c.nullOut ? nullptr : out.payload(),
+                                c.outLength),
+                  1)
+            << c.what;
+        std::string expected(Guarded::kGuard, char(kSentinel));
+        expected += c.written;
+        expected.resize(Guarded::kGuard * 2 + c.outSize, char(kSentinel));
+        EXPECT_EQ(out.all(), expected) << c.what;
+        EXPECT_EQ(text.all(), textBefore) << c.what;
+    }
+}
+
+// What the region step reports to the inspector, its inverse and its layout.
+TEST(MDRegion, StepChecksWritesBackAndShowsAsHex)
+{
+    const para::HexRegion<50> step{"R"};
+    const struct {
+        std::string object;
+        std::vector<std::string> reported;
+    } cases[] = {
+        {R"({"R":"FF00"})", {}},
+        {"{}", {}},
+        {R"({"R":"ABC"})", {"odd number of digits (3): the last one is the high nibble of byte 1, which stores 0xC0"}},
+        {R"({"R":"0G"})", {"character 'G' at 1 is not a hexadecimal digit: byte 0 stores 0x00"}},
+        {R"({"R":"zz00"})", {"2 characters are not hexadecimal digits, the first 'z' at 0: byte 0 stores 0x33"}},
+        {R"({"R":12})", {"not text: stores 50 zero bytes"}},
+        {R"({"R":")" + std::string(101, '1') + R"("})",
+         {"text of 101 characters: only the first 100 digits are packed into the 50-byte region"}},
+    };
+    for (const auto& c : cases) {
+        std::vector<std::string> reported;
+        step.Check(paratest::Json(c.object), [&](const char* key, const std::string& what) {
+            EXPECT_STREQ(key, "R");
+            reported.push_back(what);
+        });
+        EXPECT_EQ(reported, c.reported) << c.object;
+    }
+
+    // Every byte value written as text and read back.
+    for (unsigned first = 0; first < 256; first += 50) {
+        unsigned char src[50], back[50];
+        for (unsigned i = 0; i < 50; ++i)
+            src[i] = static_cast<unsigned char>(first + i);
+        Json::Value object;
+        step.Write(src, object);
+        std::memset(back, kSentinel, sizeof back);
+        step.Read(object, back);
+        EXPECT_EQ(std::memcmp(src, back, 50), 0) << object;
+        EXPECT_EQ(object["R"].asString().size(), 100u);
+    }
+
+    auto rec = Sentinel<tag_MsgMDAlarmSetting>();
+    const std::vector<para::FieldInfo> layout = para::Layout(*rec);
+    const auto region = std::find_if(layout.begin(), layout.end(), [](const para::FieldInfo& f) { return f.path == "PMD[3].R"; });
+    ASSERT_NE(region, layout.end());
+    EXPECT_EQ(region->offset, 1936u + 3 * 56 + 4);
+    EXPECT_EQ(region->size, 50u);
+    EXPECT_EQ(region->kind, para::Kind::Hex);
+    EXPECT_EQ(region->keys, "PMD[3].R");
 }

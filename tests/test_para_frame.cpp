@@ -180,6 +180,29 @@ TEST(JsonReaders, StringReaderCopiesExactlyTheFieldSize)
     EXPECT_EQ(0, std::memcmp(field, expected, 6));
 }
 
+// The walk reads integers of up to 32 bits itself; it must store and answer
+// exactly what the readers do, for every width and every kind of value.
+TEST(JsonReaders, WalkReadsIntegersLikeTheReaders)
+{
+    const char* values[] = {"0", "1", "-1", "255", "256", "-129", "65535", "-32769", "2147483647", "2147483648",
+                            "-2147483648", "-2147483649", "4294967295", "4294967296", "9223372036854775807",
+                            "-9223372036854775808", "18446744073709551615", "3.0", "-3.0", "1.5", "4294967295.0",
+                            "1e300", "\"7\"", "true", "null", "[]", "{}", "[1]"};
+    const auto same = [](const Json::Value& v, auto type) {
+        using T = decltype(type);
+        T walked = 0x5A, read = 0x5A;
+        const int walkResult = para::ReadScalar(v, walked);
+        const int readResult = GetJsonIntegral(v, read, T(0));
+        return walkResult == readResult && walked == read;
+    };
+    for (const char* text : values) {
+        const Json::Value v = paratest::Json(std::string("[") + text + "]")[0];
+        EXPECT_TRUE(same(v, (unsigned char)0) && same(v, (signed char)0) && same(v, char(0)) &&
+                    same(v, (unsigned short)0) && same(v, short(0)) && same(v, 0u) && same(v, 0))
+            << text;
+    }
+}
+
 // ---------------------------------------------------------------------------
 
 TEST(Dispatcher, BoundariesAndTheirMessages)
@@ -371,6 +394,50 @@ TEST(TimeSections, EmptySectionsAreReportedAndLeaveTheRecord)
             EXPECT_EQ(log.lines()[0].level, 0);
         }
     }
+}
+
+// The walk finds members through an index of each object: small objects are
+// scanned, larger ones hashed, very large ones searched by the JSON library.
+// Each way must find exactly the member of that name.
+TEST(RecordDescriptions, MembersAreFoundByExactNameInObjectsOfAnySize)
+{
+    for (int extra : {0, 5, 40, 200}) {
+        Json::Value section(Json::objectValue);
+        for (int i = 0; i < extra; ++i)
+            section["X" + std::to_string(i)] = i;
+        section["G"] = 7;                        // a prefix of a key
+        section["GEX"] = 8;                      // a key is a prefix of it
+        section[std::string("NE\0x", 4)] = 9;    // equal up to an embedded NUL
+        section["CE"] = 300;
+        Json::Value doc;
+        doc["PARAMETER"]["MDVR"]["ATP"] = section;
+        auto r = Sentinel<tag_MsgAdjustTimeSetting>();
+        ASSERT_EQ(ParseAdjustTimeParamJson(doc, *r), 0) << extra;
+        ExpectFields(r.get(), sizeof *r, {{0, 1, 0}, {1, 1, 0}, {2, 1, 44}, {3, 1, 0}, {4, 64, 0, ""}, {68, 2, 0}},
+                     std::to_string(extra) + " other members", true);
+    }
+}
+
+// An array built by a program may lack some indices below its size: those
+// read as null, as an absent element does, and the rest keep their places.
+TEST(RecordDescriptions, SparseArraysKeepTheirIndices)
+{
+    Json::Value channels(Json::arrayValue);
+    channels[2]["BR"] = 30;
+    channels[17]["BR"] = 40; // beyond the 16 channels
+    Json::Value doc;
+    doc["PARAMETER"]["MDVR"]["MAIN"] = channels;
+    auto r = Sentinel<tag_MsgVideoEncodeSetting>();
+    ASSERT_EQ(ParseMainStreamParamJson(doc, *r), 0);
+    std::vector<FieldValue> fields;
+    for (size_t ch = 0; ch < 16; ++ch)
+        fields.push_back({8 + 24 * ch, 20, 0});
+    fields[2] = {8 + 24 * 2, 4, 30};
+    fields.push_back({8 + 24 * 2 + 4, 16, 0});
+    ExpectFields(r.get(), 8 + 24 * 16, fields, "sparse channels", false);
+    for (size_t ch = 0; ch < 16; ++ch)
+        EXPECT_TRUE(Untouched(r.get(), 8 + 24 * ch + 20, 8 + 24 * ch + 24)) << ch;
+    EXPECT_TRUE(Untouched(r.get(), 0, 8));
 }
 
 // ---------------------------------------------------------------------------

@@ -131,6 +131,19 @@ std::string Quote(const char* at, size_t size)
     return out + "\"";
 }
 
+// Bytes as hexadecimal text, two upper-case digits a byte.
+std::string HexText(const char* at, size_t size)
+{
+    static const char kDigits[] = "0123456789ABCDEF";
+    std::string out;
+    for (size_t i = 0; i < size; ++i) {
+        const unsigned char c = static_cast<unsigned char>(at[i]);
+        out += kDigits[c >> 4];
+        out += kDigits[c & 0x0F];
+    }
+    return out;
+}
+
 long long SignedAt(const char* at, size_t size)
 {
     switch (size) {
@@ -161,6 +174,7 @@ std::string ValueText(const std::string& bytes, const para::FieldInfo& f, bool n
     switch (f.kind) {
     case para::Kind::Text:
         return Quote(at, f.size) + (noteFull && FillsField(at, f.size) ? "  (fills the field, no terminator)" : "");
+    case para::Kind::Hex: return HexText(at, f.size);
     case para::Kind::Float: {
         char text[32];
         std::snprintf(text, sizeof text, "%g", double(FloatAt(at)));
@@ -180,6 +194,7 @@ Json::Value ValueJson(const std::string& bytes, const para::FieldInfo& f)
     const char* at = bytes.data() + f.offset;
     switch (f.kind) {
     case para::Kind::Text: return Json::Value(std::string(at, strnlen(at, f.size)));
+    case para::Kind::Hex: return Json::Value(HexText(at, f.size));
     case para::Kind::Float: return Json::Value(double(FloatAt(at)));
     case para::Kind::Char:
         return std::is_signed_v<char> ? Json::Value(Json::Int64(SignedAt(at, 1))) : Json::Value(Json::UInt64(UnsignedAt(at, 1)));

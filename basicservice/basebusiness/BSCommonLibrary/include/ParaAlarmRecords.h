@@ -1,5 +1,6 @@
 // Alarm sub-records (linkage, weekly schedule, snapshot setting), the area,
-// speed, area-limit, IO and urgent alarm records, and their parsers. Offsets
+// speed, area-limit, IO, urgent, video-analysis, fatigue-driving and
+// timeout-parking alarm records, and their parsers. Offsets
 // and sizes are those of the 32-bit ARM recorder and are checked at compile
 // time; no record has implicit padding.
 #ifndef PARA_ALARM_RECORDS_H
@@ -202,6 +203,117 @@ struct tag_MsgUrgentAlarmSetting {
 BSCOMMON_RECORD_SIZE(tag_MsgUrgentAlarmSetting, 1936);
 
 // ---------------------------------------------------------------------------
+// Video-analysis alarms: motion detection ("PMDAS"), video signal ("PVSAS")
+// and video loss ("PVLAS"). The three share their head, linkage and schedule.
+
+// One motion-detection setting of "PMD".
+struct MDAlarmEntry_t {
+    unsigned char S;
+    unsigned char MAN;
+    unsigned char reserved0[2];
+    unsigned char R[50]; // region bitmap, from 100 hexadecimal digits
+    unsigned char KS;
+    unsigned char SZ;
+};
+BSCOMMON_RECORD_SIZE(MDAlarmEntry_t, 56);
+
+// "PMDAS"
+struct tag_MsgMDAlarmSetting {
+    unsigned char NE;
+    unsigned char AS;
+    unsigned char VT;
+    unsigned char DT;
+    unsigned char reserved0[4];
+    char MN[32]; // name
+    char MO[16];
+    unsigned int CH;
+    alarmLinkProcess_t APR;
+    alarmPlan_t AP;
+    unsigned char reserved1[16];
+    MDAlarmEntry_t PMD[16];
+    unsigned char SDT;
+    unsigned char reserved2[3]; // tail, never written
+};
+BSCOMMON_RECORD_SIZE(tag_MsgMDAlarmSetting, 2836);
+
+// One video-signal setting of "PVS".
+struct VSAlarmEntry_t {
+    unsigned char S;
+    unsigned char reserved0[7];
+};
+BSCOMMON_RECORD_SIZE(VSAlarmEntry_t, 8);
+
+// "PVSAS"
+struct tag_MsgVSAlarmSetting {
+    unsigned char NE;
+    unsigned char AS;
+    unsigned char VT;
+    unsigned char DT;
+    unsigned char AT;
+    unsigned char reserved0[3];
+    char VN[32]; // name
+    char VO[16];
+    unsigned int CH;
+    alarmLinkProcess_t APR;
+    alarmPlan_t AP;
+    unsigned char reserved1[16];
+    VSAlarmEntry_t PVS[16];
+    unsigned char SDT;
+    unsigned char reserved2[3]; // tail, never written
+};
+BSCOMMON_RECORD_SIZE(tag_MsgVSAlarmSetting, 2068);
+
+// "PVLAS"
+struct tag_MsgVLAlarmSetting {
+    unsigned char NE;
+    unsigned char AS;
+    unsigned char VT;
+    unsigned char reserved0[5];
+    char VN[32]; // name
+    char LO[16];
+    unsigned int CH;
+    alarmLinkProcess_t APR;
+    alarmPlan_t AP;
+    unsigned char reserved1[16];
+    unsigned char SDT;
+    unsigned char reserved2[3]; // tail, never written
+};
+BSCOMMON_RECORD_SIZE(tag_MsgVLAlarmSetting, 1940);
+
+// ---------------------------------------------------------------------------
+// Driving and parking time alarms.
+
+// "FDAS"
+struct tag_MsgFatigueDriveAlarmSetting {
+    unsigned char EN;
+    unsigned char M;
+    unsigned char SDT;
+    unsigned char reserved0;
+    unsigned int TT;
+    unsigned int RT;
+    unsigned int DTT;
+    unsigned int AT;
+    unsigned int NTT;
+    unsigned int NRT;
+    unsigned char SS;
+    unsigned char VDT;
+    unsigned char WRT;
+    unsigned char ART;
+    unsigned short WI;
+    unsigned short AI;
+};
+BSCOMMON_RECORD_SIZE(tag_MsgFatigueDriveAlarmSetting, 36);
+
+// "TPAS"
+struct tag_MsgTimeoutParkAlarmSetting {
+    unsigned char EN;
+    unsigned char SDT;
+    unsigned char reserved0[2];
+    unsigned int AT;
+};
+BSCOMMON_RECORD_SIZE(tag_MsgTimeoutParkAlarmSetting, 8);
+
+// ---------------------------------------------------------------------------
 // Sub-record parsers: each takes the object itself. -1 without writing when it
 // is empty or absent (logged), else 0.
 BSCOMMON_API int ParseAlarmLinkRecord(Json::Value const& object, alarmLinkRecord_t& record);
@@ -225,5 +337,18 @@ BSCOMMON_API int ParseSpeedAlarmParamJson(Json::Value const& doc, tag_MsgSpeedAl
 BSCOMMON_API int ParseAreaLimitParamJson(Json::Value const& doc, tag_msgAreaLimitSetting& record);
 BSCOMMON_API int ParseIOAlarmParamJson(Json::Value const& doc, tag_MsgIOAlarmSetting& record);
 BSCOMMON_API int ParseUrgentAlarmParamJson(Json::Value const& doc, tag_MsgUrgentAlarmSetting& record);
+BSCOMMON_API int ParseMDAlarmParamJson(Json::Value const& doc, tag_MsgMDAlarmSetting& record);
+BSCOMMON_API int ParseVSAlarmParamJson(Json::Value const& doc, tag_MsgVSAlarmSetting& record);
+BSCOMMON_API int ParseVLAlarmParamJson(Json::Value const& doc, tag_MsgVLAlarmSetting& record);
+BSCOMMON_API int ParseFatigueDriveAlarmParamJson(Json::Value const& doc, tag_MsgFatigueDriveAlarmSetting& record);
+BSCOMMON_API int ParseTimeoutParkAlarmParamJson(Json::Value const& doc, tag_MsgTimeoutParkAlarmSetting& record);
+
+// Packs hexadecimal text into bytes, two digits a byte: out[i] takes the
+// digits at 2i (high nibble) and 2i + 1 (low nibble) while 2i < textLength - 1
+// and i < outLength. Nothing is validated: either case of a letter gives its
+// digit, and any other character gives the low 4 bits of the same arithmetic
+// (a NUL gives 0). An odd textLength drops the last character. Null pointers,
+// and lengths that leave no pair or no byte, write nothing. Always 1.
+BSCOMMON_API int ParseMDRegion(char const* text, int textLength, char* out, int outLength);
 
 #endif

@@ -1,5 +1,6 @@
-// Alarm sub-records and the area, speed, area-limit, IO and urgent alarm
-// sections.
+// Alarm sub-records, the motion-detection region conversion and the area,
+// speed, area-limit, IO, urgent, video-analysis, fatigue-driving and
+// timeout-parking alarm sections.
 #include "AlarmParams.h"
 #include "ParaLog.h"
 
@@ -21,7 +22,31 @@ struct NoteSubRecords : para::ReadLeaf {
     }
 };
 
+// The value of a hexadecimal digit in the low 4 bits; any other character
+// gives the low bits of the same subtraction. The code counts as unsigned, as
+// plain char is on the recorder, so every host packs the same bytes.
+unsigned char Nibble(char c)
+{
+    const unsigned char code = static_cast<unsigned char>(c);
+    return static_cast<unsigned char>(code > 0x40 ? code - 0x37 : code - 0x30);
+}
+
 } // namespace
+
+// ---------------------------------------------------------------------------
+// Motion-detection region
+
+int ParseMDRegion(char const* text, int textLength, char* out, int outLength)
+{
+    if (!text || !out)
+        return 1;
+    // In 64 bits: textLength - 1 and 2 i overflow no int.
+    const long long lastPair = static_cast<long long>(textLength) - 1;
+    unsigned char* bytes = reinterpret_cast<unsigned char*>(out);
+    for (long long i = 0; 2 * i < lastPair && i < outLength; ++i)
+        bytes[i] = static_cast<unsigned char>(Nibble(text[2 * i]) << 4 | (Nibble(text[2 * i + 1]) & 0x0F));
+    return 1;
+}
 
 // ---------------------------------------------------------------------------
 // Sub-records
@@ -69,9 +94,8 @@ int ParseCommonSnapPara(Json::Value const& object, CommonSnapPara_t& record)
 
 template <int N> int ParseNCommonSnapPara(Json::Value const& list, CommonSnapPara_t (&paras)[N])
 {
-    for (unsigned i = 0; i < unsigned(N); ++i)
-        if (const Json::Value* element = para::Element(list, i))
-            ParseCommonSnapPara(*element, paras[i]);
+    para::ForEachElement(list, unsigned(N),
+                         [&](unsigned i, const Json::Value& element) { ParseCommonSnapPara(element, paras[i]); });
     return 0;
 }
 
@@ -104,4 +128,29 @@ int ParseIOAlarmParamJson(Json::Value const& doc, tag_MsgIOAlarmSetting& record)
 int ParseUrgentAlarmParamJson(Json::Value const& doc, tag_MsgUrgentAlarmSetting& record)
 {
     return WalkSection(Section(doc, "UAP"), record);
+}
+
+int ParseMDAlarmParamJson(Json::Value const& doc, tag_MsgMDAlarmSetting& record)
+{
+    return WalkSection(Section(doc, "PMDAS"), record);
+}
+
+int ParseVSAlarmParamJson(Json::Value const& doc, tag_MsgVSAlarmSetting& record)
+{
+    return WalkSection(Section(doc, "PVSAS"), record);
+}
+
+int ParseVLAlarmParamJson(Json::Value const& doc, tag_MsgVLAlarmSetting& record)
+{
+    return WalkSection(Section(doc, "PVLAS"), record);
+}
+
+int ParseFatigueDriveAlarmParamJson(Json::Value const& doc, tag_MsgFatigueDriveAlarmSetting& record)
+{
+    return WalkSection(Section(doc, "FDAS"), record);
+}
+
+int ParseTimeoutParkAlarmParamJson(Json::Value const& doc, tag_MsgTimeoutParkAlarmSetting& record)
+{
+    return WalkSection(Section(doc, "TPAS"), record);
 }

@@ -3,9 +3,95 @@
 #define ALARM_PARAMS_H
 
 #include "ParaAlarmRecords.h"
-#include "ParaDescribe.h"
+#include "ParaSteps.h"
+
+#include <cstdio>
+#include <string>
 
 namespace para {
+
+// A region of N bytes given as hexadecimal text under `key`, two digits a
+// byte, packed by ParseMDRegion. The text is read as texts are, at most
+// 2N + 2 bytes into a zero-filled scratch buffer, and the first 2N positions
+// are packed: a shorter text ends in zero bytes (its terminator and the zero
+// fill pack as nibble 0), characters after the 2N-th are ignored.
+template <size_t N> struct HexRegion {
+    static constexpr Kind kind = Kind::Hex; // shown as the text it packs back to
+    const char* key;
+
+    void Read(const Json::Value& object, unsigned char (&dst)[N]) const
+    {
+        char text[2 * N + 20] = {};
+        GetJsonCString(Member(object, key), text, int(2 * N + 2));
+        ParseMDRegion(text, int(2 * N), reinterpret_cast<char*>(dst), int(N));
+    }
+    const char* Keys() const { return key; }
+
+    // For the inspector: a text that does not pack back to itself.
+    template <class Report> void Check(const Json::Value& object, Report report) const
+    {
+        const Json::Value& value = Member(object, key);
+        if (value.isNull() || ReportIfNotText(value, key, report, std::to_string(N).append(" zero bytes").c_str()))
+            return;
+        const char* begin = nullptr;
+        const char* end = nullptr;
+        value.getString(&begin, &end);
+        const size_t length = begin ? size_t(end - begin) : 0;
+        unsigned char stored[N] = {};
+        Read(object, stored);
+        const size_t digits = length < 2 * N ? length : 2 * N;
+        size_t wrong = 0, first = 0;
+        for (size_t i = digits; i-- > 0;)
+            if (!IsHexDigit(begin[i])) {
+                ++wrong;
+                first = i;
+            }
+        if (wrong)
+            report(key, (wrong == 1 ? std::string("character ") : std::to_string(wrong) + " characters are not "
+                                                                   "hexadecimal digits, the first ") +
+                            Shown(begin[first]) + " at " + std::to_string(first) +
+                            (wrong == 1 ? " is not a hexadecimal digit" : "") + ": byte " +
+                            std::to_string(first / 2) + " stores " + Byte(stored[first / 2]));
+        if (length > 2 * N)
+            report(key, "text of " + std::to_string(length) + " characters: only the first " + std::to_string(2 * N) +
+                            " digits are packed into the " + std::to_string(N) + "-byte region");
+        else if (length % 2)
+            report(key, "odd number of digits (" + std::to_string(length) + "): the last one is the high nibble of byte " +
+                            std::to_string(length / 2) + ", which stores " + Byte(stored[length / 2]));
+    }
+
+    // The inverse: upper-case text of all N bytes, which packs back to them.
+    void Write(const unsigned char (&src)[N], Json::Value& object) const
+    {
+        static const char kDigits[] = "0123456789ABCDEF";
+        std::string text;
+        for (unsigned char byte : src) {
+            text += kDigits[byte >> 4];
+            text += kDigits[byte & 0x0F];
+        }
+        object[key] = text;
+    }
+
+private:
+    static bool IsHexDigit(char c)
+    {
+        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+    }
+    static std::string Byte(unsigned char byte)
+    {
+        char text[8];
+        std::snprintf(text, sizeof text, "0x%02X", byte);
+        return text;
+    }
+    static std::string Shown(char c)
+    {
+        if (c >= 0x20 && c < 0x7F)
+            return std::string("'") + c + "'";
+        char text[8];
+        std::snprintf(text, sizeof text, "\\x%02X", static_cast<unsigned char>(c));
+        return text;
+    }
+};
 
 // ---------------------------------------------------------------------------
 // Alarm sub-records. The exported parsers check for an empty object, log and
@@ -186,6 +272,110 @@ template <class W> void Describe(W& w, tag_MsgUrgentAlarmSetting& r)
     PARA_RESERVED(1933, reserved2);
 }
 
+// ---------------------------------------------------------------------------
+// Video-analysis alarms.
+
+template <class W> void Describe(W& w, MDAlarmEntry_t& r)
+{
+    PARA_FIELD(0, S);
+    PARA_FIELD(54, KS);
+    PARA_FIELD(55, SZ);
+    PARA_FIELD(1, MAN);
+    PARA_CUSTOM(4, R, HexRegion<50>{"R"});
+    PARA_RESERVED(2, reserved0);
+}
+
+template <class W> void Describe(W& w, tag_MsgMDAlarmSetting& r)
+{
+    PARA_FIELD(0, NE);
+    PARA_FIELD(1, AS);
+    PARA_FIELD(2, VT);
+    PARA_FIELD(3, DT);
+    PARA_RESERVED(4, reserved0);
+    PARA_FIELD(56, CH);
+    PARA_FIELD(2832, SDT);
+    PARA_TEXT(8, MN);
+    PARA_TEXT(40, MO);
+    PARA_SUBRECORD(60, APR, ParseAlarmLinkProcess);
+    PARA_SUBRECORD(128, AP, ParseAlarmPlan);
+    PARA_RESERVED(1920, reserved1);
+    PARA_ARRAY(1936, PMD);
+    PARA_RESERVED(2833, reserved2);
+}
+
+template <class W> void Describe(W& w, VSAlarmEntry_t& r)
+{
+    PARA_FIELD(0, S);
+    PARA_RESERVED(1, reserved0);
+}
+
+// The video-signal entries are read before the linkage and the schedule.
+template <class W> void Describe(W& w, tag_MsgVSAlarmSetting& r)
+{
+    PARA_FIELD(0, NE);
+    PARA_FIELD(1, AS);
+    PARA_FIELD(2, VT);
+    PARA_FIELD(3, DT);
+    PARA_FIELD(4, AT);
+    PARA_RESERVED(5, reserved0);
+    PARA_FIELD(56, CH);
+    PARA_FIELD(2064, SDT);
+    PARA_TEXT(8, VN);
+    PARA_TEXT(40, VO);
+    PARA_ARRAY(1936, PVS);
+    PARA_SUBRECORD(60, APR, ParseAlarmLinkProcess);
+    PARA_SUBRECORD(128, AP, ParseAlarmPlan);
+    PARA_RESERVED(1920, reserved1);
+    PARA_RESERVED(2065, reserved2);
+}
+
+template <class W> void Describe(W& w, tag_MsgVLAlarmSetting& r)
+{
+    PARA_FIELD(0, NE);
+    PARA_FIELD(1, AS);
+    PARA_FIELD(2, VT);
+    PARA_RESERVED(3, reserved0); // no DT, no AT
+    PARA_FIELD(56, CH);
+    PARA_FIELD(1936, SDT);
+    PARA_TEXT(8, VN);
+    PARA_TEXT(40, LO);
+    PARA_SUBRECORD(60, APR, ParseAlarmLinkProcess);
+    PARA_SUBRECORD(128, AP, ParseAlarmPlan);
+    PARA_RESERVED(1920, reserved1);
+    PARA_RESERVED(1937, reserved2);
+}
+
+// ---------------------------------------------------------------------------
+// Driving and parking time alarms.
+
+template <class W> void Describe(W& w, tag_MsgFatigueDriveAlarmSetting& r)
+{
+    PARA_FIELD(0, EN);
+    PARA_FIELD(1, M);
+    PARA_FIELD(4, TT);
+    PARA_FIELD(8, RT);
+    PARA_FIELD(12, DTT);
+    PARA_FIELD(16, AT);
+    PARA_FIELD(20, NTT);
+    PARA_FIELD(24, NRT);
+    PARA_FIELD(28, SS);
+    PARA_FIELD(29, VDT);
+    PARA_FIELD(2, SDT);
+    PARA_FIELD(30, WRT);
+    PARA_FIELD(31, ART);
+    PARA_FIELD(32, WI);
+    PARA_FIELD(34, AI);
+    PARA_RESERVED(3, reserved0);
+}
+
+template <class W> void Describe(W& w, tag_MsgTimeoutParkAlarmSetting& r)
+{
+    PARA_FIELD(0, EN);
+    PARA_FIELD(4, AT);
+    PARA_FIELD(1, SDT);
+    PARA_RESERVED(2, reserved0);
+}
+
 } // namespace para
 
 // The parameter types of this subsystem: X(type, section key, parser, record).
@@ -194,6 +384,11 @@ template <class W> void Describe(W& w, tag_MsgUrgentAlarmSetting& r)
     X(6, "SAP", ParseSpeedAlarmParamJson, tag_MsgSpeedAlarmSetting)                   \
     X(7, "ARLM", ParseAreaLimitParamJson, tag_msgAreaLimitSetting)                    \
     X(14, "IOP", ParseIOAlarmParamJson, tag_MsgIOAlarmSetting)                        \
-    X(33, "UAP", ParseUrgentAlarmParamJson, tag_MsgUrgentAlarmSetting)
+    X(30, "PMDAS", ParseMDAlarmParamJson, tag_MsgMDAlarmSetting)                      \
+    X(31, "PVSAS", ParseVSAlarmParamJson, tag_MsgVSAlarmSetting)                      \
+    X(32, "PVLAS", ParseVLAlarmParamJson, tag_MsgVLAlarmSetting)                      \
+    X(33, "UAP", ParseUrgentAlarmParamJson, tag_MsgUrgentAlarmSetting)                \
+    X(42, "FDAS", ParseFatigueDriveAlarmParamJson, tag_MsgFatigueDriveAlarmSetting)   \
+    X(43, "TPAS", ParseTimeoutParkAlarmParamJson, tag_MsgTimeoutParkAlarmSetting)
 
 #endif
