@@ -98,7 +98,7 @@ public:
         step.Write(zero, low);
         step.Write(ones, high);
         const std::string keys = step.Keys();
-        const std::string what = std::string(" converted into ") + Where(name, &f) +
+        const std::string what = std::string(" converted into ") + Where(name, &f, TypeLabel<F>()) +
                                  (keys.find(',') != std::string::npos ? " with the keys " + keys : "");
         for (const std::string& key : Split(keys)) {
             const Json::Value& v0 = low[key];
