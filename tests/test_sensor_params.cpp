@@ -1,0 +1,407 @@
+// Driving-behaviour thresholds and the green-driving, motion, stance,
+// tyre-pressure, temperature, fuel, vehicle-fault and DSM alarm sections.
+#include "ParaTestSupport.h"
+#include "SensorParams.h"
+
+using namespace paratest;
+using ToolkitHost::LogCapture;
+
+namespace {
+
+typedef std::pair<std::string, std::string> Line; // function, message
+typedef std::vector<Line> Lines;
+
+// The captured lines, each of which must be an error of the adapter's source.
+Lines Logged(const LogCapture& log)
+{
+    Lines out;
+    for (const ToolkitHost::LogLine& l : log.lines()) {
+        EXPECT_EQ(l.level, 0) << l.message;
+        EXPECT_EQ(l.file, "basicservice/basebusiness/BSCommonLibrary/src/CommonParaAdapter");
+        out.emplace_back(l.function, l.message);
+    }
+    return out;
+}
+
+const Line kNoThresh1{"ParseGDSAlarmThresh1", "empty json when parse paramAlarmThresh1_t!\n"};
+const Line kNoThresh2{"ParseGDSAlarmThresh2", "empty json when parse paramAlarmThresh2_t!\n"};
+const Line kNoLink{"ParseAlarmLinkProcess", "empty json when parse alarm link process!\n"};
+const Lines kLinkWithoutSubRecords = {{"ParseAlarmLinkRecord", "empty json when parse alarm link record!\n"},
+                                      {"ParseAlarmLinkSnapShot", "empty json when parse alarm link snap shot!\n"},
+                                      {"ParseAlarmLinkOutput", "empty json when parse alarm link output!\n"}};
+
+template <class T> std::vector<T> operator+(std::vector<T> a, const std::vector<T>& b)
+{
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+Lines Times(size_t n, const Line& line) { return Lines(n, line); }
+
+// Fields (or, with value 0, runs of bytes written as zero) of one array
+// entry, repeated for entries [0, count) at `base` + `stride` i.
+typedef std::vector<FieldValue> Fields;
+Fields Entries(const Fields& fields, size_t base, size_t stride, size_t count)
+{
+    Fields out;
+    for (size_t i = 0; i < count; ++i)
+        for (FieldValue f : fields) {
+            f.offset += base + stride * i;
+            out.push_back(f);
+        }
+    return out;
+}
+
+// A JSON array of `n` copies of `element`.
+std::string Repeat(const std::string& element, int n)
+{
+    std::string list = "[";
+    for (int i = 0; i < n; ++i)
+        list += (i ? "," : "") + element;
+    return list + "]";
+}
+
+unsigned long long F32(float value)
+{
+    unsigned int bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    return bits;
+}
+
+// The whole record compared with the sentinel with `zeros`, then `fields`,
+// laid over it.
+void ExpectRecord(const void* record, size_t size, const Fields& zeros, const Fields& fields, const std::string& what)
+{
+    std::string want(size, char(kSentinel));
+    for (const Fields* list : {&zeros, &fields})
+        for (const FieldValue& f : *list)
+            want.replace(f.offset, f.size, ExpectedBytes(f));
+    const std::string got(reinterpret_cast<const char*>(record), size);
+    const size_t at = std::mismatch(got.begin(), got.end(), want.begin()).first - got.begin();
+    if (at < size)
+        ADD_FAILURE() << what << ": byte " << at << " is " << int(Bytes(record)[at]) << ", expected "
+                      << int(static_cast<unsigned char>(want[at]));
+}
+
+// The scalar fields of each record, written (as 0 when their key is absent)
+// whenever the section or the entry is read.
+const Fields kGreenScalars = {{0, 3, 0},   {32, 2, 0},  {66, 2, 0},  {100, 15, 0}, {116, 5, 0},
+                            {150, 6, 0}, {180, 1, 0}, {184, 17, 0}, {212, 6, 0}, {272, 5, 0}};
+const Fields kAccelScalars = {{0, 3, 0}, {8, 48, 0}, {124, 13, 0}, {148, 1, 0}};
+const Fields kCollideScalars = {{0, 4, 0}, {8, 48, 0}, {124, 2, 0}}; // also the hit record's
+const Fields kStanceEntry = {{0, 3, 0}, {4, 52, 0}, {124, 1, 0}};
+const Fields kTyreScalars = {{288, 5, 0}, {896, 4, 0}};
+const Fields kTempEntry = {{0, 56, 0}, {124, 3, 0}};
+const Fields kDsmEntry = {{0, 2, 0}, {6, 1, 0}};
+
+// An "APR" of {"SU":9} at `at`: its direct scalars are written, "CH" and the
+// three embedded records keep the caller's bytes.
+const Fields LinkScalars(size_t at) { return {{at + 28, 4, 0}, {at + 48, 8, 0}}; }
+const Fields LinkSu(size_t at) { return {{at + 28, 1, 9}}; }
+
+const std::string k32(32, 'c');
+const std::string k20 = "0123456789abcdefghij";
+
+struct Row {
+    const char* what;
+    int type;
+    const char* key;
+    size_t size;
+    std::string section;
+    Fields zeros;
+    Fields fields;
+    Lines logged;
+};
+
+const std::vector<Row>& Rows()
+{
+    static const std::vector<Row> rows = {
+        {"green: arrays up to their bound, floats from numbers and text, signed and narrowed fields, no ATH2", 25,
+         "PGDS", 432,
+         R"({"PFS":{"FAH":[1,2,3],"FM":[1,2,3,4,5,6,7,8,9,10],"RM":7},"PGS":{"M":12.5,"F":"3.25","MC":"fast","FC":-0.5},)"
+         R"("PLDS":{"CD":-2,"CA":-32768,"VW":70000,"NP":1,"SL":2,"CSS":3},"ATE":4000000000,"FUE":300,)"
+         R"("ATH1":{"PLGR":-3,"SUXAL":1}})",
+         kGreenScalars + Fields{{218, 52, 0}},
+         {{156, 3, 0x030201}, {164, 8, 0x0004000300020001ull}, {172, 8, 0x0008000700060005ull}, {180, 1, 7},
+          {184, 4, F32(12.5f)}, {188, 4, F32(3.25f)}, {196, 4, F32(-0.5f)}, {100, 2, 4464}, {104, 2, 0xFFFE},
+          {112, 2, 0x8000}, {114, 1, 1}, {116, 1, 2}, {120, 1, 3}, {212, 4, 4000000000u}, {276, 1, 44}, {218, 2, 1},
+          {268, 2, 0xFFFD}},
+         {kNoThresh2}},
+        {"green: arrays of another kind keep the entries, groups of another kind read as absent, ATH1 no object", 25,
+         "PGDS", 432,
+         R"({"PFS":{"FAH":5,"FM":{"0":1}},"PSS":[1,2],"PGS":"12.5","ATH1":"t",)"
+         R"("ATH2":{"ITL4":300,"CTHT":7,"CTHR":9,"OSL5":-1,"RL8":70000,"EFT":"5"}})",
+         kGreenScalars + Fields{{218, 52, 0}, {280, 149, 0}},
+         {{280 + 148, 1, 44}, {280 + 16, 2, 7}, {280 + 12, 2, 9}, {280 + 103, 1, 0xFF}, {280 + 118, 2, 4464}},
+         {}},
+        {"green: no threshold objects", 25, "PGDS", 432, R"({"SUI":1})", kGreenScalars, {{216, 2, 1}},
+         {kNoThresh1, kNoThresh2}},
+
+        {"accel: calibration texts in tenths, truncated and kept to 16 bits; SDT at 148", 29, "ACC", 152,
+         R"({"EN":1,"AS":2,"VT":3,"AN":"Harsh acceleration","AO":"OUT1","SDT":3,)"
+         R"("ACP":{"TX":"2.5","TY":"1.27","TZ":"7000","SX":70000,"SY":2,"SZ":3,"ADJACC":1}})",
+         kAccelScalars,
+         {{0, 3, 0x030201}, {8, 32, 0, "Harsh acceleration"}, {40, 16, 0, "OUT1"}, {124, 2, 25}, {126, 2, 12},
+          {128, 2, 4464}, {130, 2, 4464}, {132, 4, 0x00030002}, {136, 1, 1}, {148, 1, 3}},
+         {kNoLink}},
+        {"accel: a number is no text, negative gives 0, only 16 characters count", 29, "ACC", 152,
+         R"({"ACP":{"TX":2.5,"TY":"-3","TZ":"0000000000000012.5","SX":"5"}})", kAccelScalars, {{128, 2, 120}},
+         {kNoLink}},
+        {"accel: no ACP, linkage at 56", 29, "ACC", 152, R"({"APR":{"SU":9}})", kAccelScalars + LinkScalars(56),
+         LinkSu(56), kLinkWithoutSubRecords},
+        {"collide: texts at and above their size", 37, "PCAS", 128,
+         R"({"SDT":4,"CN":")" + k32 + R"(","CO":")" + k20 + R"(","STS":1,"TTS":300})", kCollideScalars,
+         {{3, 1, 4}, {8, 32, 0, k32.c_str()}, {40, 16, 0, k20.c_str()}, {124, 1, 1}, {125, 1, 44}}, {kNoLink}},
+        {"hit: HA 16 bits, empty text", 38, "PHAS", 128, R"({"HA":65535,"HN":"","HO":"Hit","SDT":2})",
+         kCollideScalars, {{3, 1, 2}, {40, 16, 0, "Hit"}, {124, 2, 0xFFFF}}, {kNoLink}},
+        {"hit: linkage at 56", 38, "PHAS", 128, R"({"APR":{"SU":9}})", kCollideScalars + LinkScalars(56), LinkSu(56),
+         kLinkWithoutSubRecords},
+
+        {"stance: three elements, one no object", 39, "PVTSAS", 1544,
+         R"([{"NE":1,"SDT":2,"TIO":3,"AN":"Tilt"},5,{"APR":{"SU":9}}])",
+         Entries(kStanceEntry, 8, 128, 3) + LinkScalars(8 + 256 + 56),
+         Fields{{8, 1, 1}, {8 + 124, 1, 2}, {8 + 7, 1, 3}, {8 + 8, 32, 0, "Tilt"}} + LinkSu(8 + 256 + 56),
+         Times(2, kNoLink) + kLinkWithoutSubRecords},
+        {"stance: thirteen elements, twelve read", 39, "PVTSAS", 1544, Repeat(R"({"NE":1})", 13),
+         Entries(kStanceEntry, 8, 128, 12), Entries({{0, 1, 1}}, 8, 128, 12), Times(12, kNoLink)},
+        {"stance: an object reads no entry", 39, "PVTSAS", 1544, R"({"NE":1})", {}, {}, {}},
+
+        {"tyres: entries and RI up to their bounds, a name of 15 characters and more", 40, "TPP", 900,
+         R"({"TSP":[{"LP":300,"HP":500},{"RI":[1,2,3,4],"HT":7}],"TRP":[{"RI":[9],"RP":1,"EN":2},{},{},{"EN":5}],)"
+         R"("TTR":[{"N":"front-left-outer","P":1},{"P":2}],"TVC":6})",
+         kTyreScalars + Entries({{3, 5, 0}}, 0, 8, 2) + Entries({{3, 2, 0}}, 296, 8, 3) +
+             Entries({{0, 16, 0}}, 320, 16, 2),
+         {{4, 2, 300}, {6, 2, 500}, {8, 3, 0x030201}, {11, 1, 7}, {296, 1, 9}, {299, 1, 1}, {300, 1, 2},
+          {320, 15, 0, "front-left-outer"}, {335, 1, 1}, {351, 1, 2}, {896, 1, 6}},
+         {}},
+        {"tyres: 37 positions, 36 read; RI and TTR of another kind", 40, "TPP", 900,
+         R"({"TSP":)" + Repeat(R"({"HT":1,"RI":{"0":1}})", 37) + R"(,"TTR":"x","TTP":{"AL":2}})",
+         kTyreScalars + Entries({{3, 5, 0}}, 0, 8, 36), Entries({{3, 1, 1}}, 0, 8, 36) + Fields{{292, 1, 2}},
+         {}},
+
+        {"temperature: two elements, linkage at 56 of each", 41, "STMPA", 780,
+         R"([{"EN":1,"UIT":4000000000,"SNM":"Cargo","SOD":"ALARM","APR":{"SU":9}},{"IWD":5}])",
+         Entries(kTempEntry, 0, 156, 2) + LinkScalars(56),
+         Fields{{0, 1, 1}, {4, 4, 4000000000u}, {8, 32, 0, "Cargo"}, {40, 16, 0, "ALARM"}, {156 + 126, 1, 5}} + LinkSu(56),
+         kLinkWithoutSubRecords + Lines{kNoLink}},
+        {"temperature: six elements, five read", 41, "STMPA", 780, Repeat(R"({"HTTD":1})", 6),
+         Entries(kTempEntry, 0, 156, 5), Entries({{124, 1, 1}}, 0, 156, 5), Times(5, kNoLink)},
+        {"temperature: an object reads no entry", 41, "STMPA", 780, R"({"EN":1})", {}, {}, {}},
+
+        {"vehicle fault: signed and narrowed 16-bit fields", 26, "VTFS", 16,
+         R"({"TP":-5,"TV":70000,"VP":1,"VV":-1,"VAT":7})", {{0, 16, 0}},
+         {{0, 2, 0xFFFB}, {2, 2, 4464}, {8, 2, 1}, {10, 2, 0xFFFF}, {12, 4, 7}}, {}},
+        {"fuel", 45, "FAS", 68, R"({"BA":4000000000,"TS":70000,"FN":"Fuel tank","FO":")" + k20 + R"(","SDT":2,"CF":3})",
+         {{0, 63, 0}, {64, 4, 0}},
+         {{64, 4, 4000000000u}, {2, 2, 4464}, {4, 32, 0, "Fuel tank"}, {36, 16, 0, k20.c_str()}, {62, 1, 2}, {60, 2, 3}},
+         {}},
+        {"DSM: SST only", 51, "DSM", 964, R"({"SST":1})", {}, {{0, 1, 1}}, {}},
+        {"DSM: thirteen alarms, twelve read", 51, "DSM", 964, R"({"SST":2,"DSMA":)" + Repeat(R"({"EN":1,"SDT":2})", 13) + "}",
+         Entries(kDsmEntry, 4, 80, 12), Entries({{0, 1, 1}, {6, 1, 2}}, 4, 80, 12) + Fields{{0, 1, 2}},
+         Times(12, kNoLink)},
+        {"DSM: linkage at 12 of an alarm", 51, "DSM", 964, R"({"DSMA":[{"AS":3,"APR":{"SU":9}}]})",
+         Fields{{0, 1, 0}} + Entries(kDsmEntry, 4, 80, 1) + LinkScalars(4 + 12), Fields{{5, 1, 3}} + LinkSu(4 + 12),
+         kLinkWithoutSubRecords},
+        {"DSM: DSMA no array", 51, "DSM", 964, R"({"DSMA":{"EN":1}})", {{0, 1, 0}}, {}, {}},
+    };
+    return rows;
+}
+
+} // namespace
+
+// Through the dispatcher, so that each type number reaches its own section.
+TEST(SensorSections, EveryRecordByteExact)
+{
+    for (const Row& r : Rows()) {
+        std::vector<unsigned char> record(r.size + 16, kSentinel);
+        LogCapture log;
+        EXPECT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(r.type), Doc(r.key, r.section), record.data()), 0) << r.what;
+        ExpectRecord(record.data(), record.size(), r.zeros, r.fields, r.what);
+        EXPECT_EQ(Logged(log), r.logged) << r.what;
+    }
+}
+
+TEST(SensorSections, EmptySectionWritesNothingAndLogsNothing)
+{
+    const std::pair<int, const char*> sections[] = {{25, "PGDS"}, {29, "ACC"}, {37, "PCAS"}, {38, "PHAS"},
+                                                    {39, "PVTSAS"}, {40, "TPP"}, {41, "STMPA"}, {26, "VTFS"},
+                                                    {45, "FAS"}, {51, "DSM"}};
+    for (const auto& [type, key] : sections) {
+        const Json::Value docs[] = {Doc(key, "{}"), Doc(key, "[]"), Doc(key, "null"), Doc("OTHER", R"({"EN":1})"),
+                                    Json::Value("not an object")};
+        for (const Json::Value& doc : docs) {
+            std::vector<unsigned char> record(2048, kSentinel);
+            LogCapture log;
+            EXPECT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(type), doc, record.data()), -1) << key;
+            EXPECT_TRUE(Untouched(record.data(), 0, record.size())) << key;
+            EXPECT_TRUE(log.lines().empty()) << key;
+        }
+    }
+}
+
+namespace {
+
+// The keys of a threshold record with their offsets and widths, built from
+// the key families; `Run` lays names out back to back from an offset.
+struct Key {
+    std::string name;
+    size_t offset, width;
+};
+
+struct Keys : std::vector<Key> {
+    Keys& Run(size_t offset, size_t width, const std::vector<std::string>& names)
+    {
+        for (const std::string& n : names) {
+            push_back({n, offset, width});
+            offset += width;
+        }
+        return *this;
+    }
+};
+
+std::vector<std::string> Suffixed(const std::string& stem, const std::string& suffixes)
+{
+    std::vector<std::string> out;
+    for (char s : suffixes)
+        out.push_back(stem + s);
+    return out;
+}
+
+std::vector<std::string> Numbered(const std::string& stem, int last)
+{
+    std::vector<std::string> out;
+    for (int n = 1; n <= last; ++n)
+        out.push_back(stem + std::to_string(n));
+    return out;
+}
+
+Keys Thresh1Keys()
+{
+    Keys k;
+    k.Run(0, 2, Suffixed("SUXA", "LMH") + Suffixed("SUVA", "LMH") + Suffixed("BXA", "LMH") + Suffixed("BVA", "LMH") +
+                    Suffixed("CCF", "LMH") + Numbered("BVL", 2) + Numbered("GV", 2) + Numbered("ABV", 2) +
+                    Suffixed("IT", "LMH") + Suffixed("PLG", "TR"));
+    return k;
+}
+
+Keys Thresh2Keys()
+{
+    Keys k;
+    k.Run(0, 2, Suffixed("EF", "TSR") + Suffixed("NG", "TSR") + Suffixed("CTH", "RST") + Suffixed("CTL", "RST") +
+                    std::vector<std::string>{"CTDT", "CTDP1", "CTDP2", "HSSET", "RTL", "RRL", "RTM", "RRM", "RTH", "RRH"})
+        .Run(44, 1, {"ST", "IT", "RCL", "TTL", "TSL", "TPL", "TTM", "TSM", "TPM", "TTH", "TSH", "TPH"})
+        .Run(56, 2, std::vector<std::string>{"LGHS", "LGHSR", "RBT", "RBS", "CSR", "CST", "PCET1", "PCET2", "PCEM"} +
+                        Suffixed("BWT", "LMH") + Suffixed("BWS", "LMH") + Suffixed("CWT", "LMH") + Suffixed("CWS", "LMH"))
+        .Run(98, 1, std::vector<std::string>{"POCT"} + Numbered("OSL", 5))
+        .Run(104, 2, Numbered("RL", 8))
+        .Run(120, 1, Numbered("ST1L", 5) + Numbered("APL", 5) + Numbered("ST2L", 9) + Numbered("EPLL", 6) + Numbered("ITL", 4));
+    return k;
+}
+
+// Every key of `keys` with a distinct value that fits a char: each lands at
+// its offset, and the keys cover the record but for `tail` bytes at its end.
+template <class R, class Parse> void ExpectKeysAtOffsets(const Keys& keys, size_t tail, Parse parse)
+{
+    Json::Value object;
+    std::vector<FieldValue> expected;
+    std::vector<bool> covered(sizeof(R), false);
+    for (size_t i = 0; i < keys.size(); ++i) {
+        const Key& k = keys[i];
+        object[k.name] = int(i + 1);
+        expected.push_back({k.offset, k.width, i + 1});
+        for (size_t b = k.offset; b < k.offset + k.width; ++b) {
+            EXPECT_FALSE(covered[b]) << k.name << " overlaps at " << b;
+            covered[b] = true;
+        }
+    }
+    EXPECT_EQ(std::find(covered.begin(), covered.end(), false) - covered.begin(), long(sizeof(R) - tail));
+    EXPECT_EQ(std::count(covered.begin(), covered.end(), false), long(tail));
+    auto record = Sentinel<R>();
+    LogCapture log;
+    EXPECT_EQ(parse(object, *record), 0);
+    EXPECT_TRUE(log.lines().empty());
+    ExpectFields(record.get(), sizeof(R), expected, "all keys", true);
+}
+
+} // namespace
+
+TEST(GDSThresholds, KeyFamiliesLandAtTheirOffsets)
+{
+    EXPECT_EQ(Thresh1Keys().size(), 26u);
+    EXPECT_EQ(Thresh2Keys().size(), 98u);
+    ExpectKeysAtOffsets<paramAlarmThresh1_t>(Thresh1Keys(), 0, ParseGDSAlarmThresh1);
+    ExpectKeysAtOffsets<paramAlarmThresh2_t>(Thresh2Keys(), 1, ParseGDSAlarmThresh2);
+}
+
+// Called directly by a client with any kind of value: empty ones are refused
+// and logged, any other is read as an object (absent keys give 0).
+TEST(GDSThresholds, EveryJsonKindDirectly)
+{
+    const struct {
+        const char* json;
+        int result;
+        std::vector<FieldValue> fields; // over zeros in the second record
+    } cases[] = {
+        {"null", -1, {}}, {"{}", -1, {}}, {"[]", -1, {}},
+        {"5", 0, {}}, {R"("t")", 0, {}}, {"true", 0, {}}, {"[1]", 0, {}}, {R"({"X":1})", 0, {}},
+        {R"({"OSL5":5})", 0, {{103, 1, 5}}},
+        {R"({"CTHT":7,"CTHR":9})", 0, {{16, 2, 7}, {12, 2, 9}}},
+        {R"({"TTL":300,"RL1":70000,"ST":-1,"EFR":-2,"POCT":"5","APL3":1.5})", 0,
+         {{47, 1, 44}, {104, 2, 4464}, {44, 1, 0xFF}, {4, 2, 0xFFFE}}},
+    };
+    for (const auto& c : cases) {
+        auto one = Sentinel<paramAlarmThresh1_t>();
+        auto two = Sentinel<paramAlarmThresh2_t>();
+        LogCapture log;
+        EXPECT_EQ(ParseGDSAlarmThresh1(paratest::Json(c.json), *one), c.result) << c.json;
+        EXPECT_EQ(ParseGDSAlarmThresh2(paratest::Json(c.json), *two), c.result) << c.json;
+        EXPECT_EQ(Logged(log), c.result ? (Lines{kNoThresh1, kNoThresh2}) : Lines{}) << c.json;
+        if (c.result) {
+            EXPECT_TRUE(Untouched(one.get(), 0, sizeof *one)) << c.json;
+            EXPECT_TRUE(Untouched(two.get(), 0, sizeof *two)) << c.json;
+        } else {
+            ExpectRecord(one.get(), sizeof *one, {{0, 52, 0}}, {}, c.json);
+            ExpectRecord(two.get(), sizeof *two, {{0, 149, 0}}, c.fields, c.json);
+        }
+    }
+}
+
+// The calibration text of the acceleration alarm: what the inspector reports
+// is what the parser loses, and writing a value back reads it back.
+TEST(TenthsText, CheckReportsWhatTheReadLoses)
+{
+    const para::TenthsText tx{"TX"};
+    const struct {
+        const char* json; // the ACP object
+        unsigned short stored;
+        std::vector<std::string> reports;
+    } cases[] = {
+        {R"({"TX":"1.5"})", 15, {}},
+        {R"({})", 0, {}},
+        {R"({"TX":2.5})", 0, {"not text: stores 0"}},
+        {R"({"TX":"1.27"})", 12, {"finer than tenths: truncated, stores 12"}},
+        {R"({"TX":"7000"})", 4464, {"70000 tenths do not fit 16 bits: stores 4464"}},
+        {R"({"TX":"-3"})", 0, {"below zero or not a number: stores 0"}},
+        {R"({"TX":"abc"})", 0, {"no decimal number in the text: stores 0"}},
+        {R"({"TX":"1.5V"})", 15, {"\"V\" after the number is ignored"}},
+        {R"({"TX":"0000000000000012.5"})", 120, {"text of 18 characters: only the first 16 are converted"}},
+    };
+    for (const auto& c : cases) {
+        const Json::Value acp = paratest::Json(c.json);
+        unsigned short stored = 0xA5A5;
+        tx.Read(acp, stored);
+        EXPECT_EQ(stored, c.stored) << c.json;
+        std::vector<std::string> reports;
+        tx.Check(acp, [&](const char* key, const std::string& what) {
+            EXPECT_STREQ(key, "TX");
+            reports.push_back(what);
+        });
+        EXPECT_EQ(reports, c.reports) << c.json;
+    }
+    for (unsigned v = 0; v <= 0xFFFF; ++v) {
+        Json::Value acp;
+        tx.Write(static_cast<unsigned short>(v), acp);
+        unsigned short back = 0;
+        tx.Read(acp, back);
+        ASSERT_EQ(back, v) << acp["TX"].asString();
+    }
+}
