@@ -80,6 +80,7 @@ class MsgClient : public ::testing::Test {
 protected:
     void SetUp() override
     {
+        ToolkitHost::UseRecordingBus(true);
         ToolkitHost::ResetBus();
         g_hits.clear();
         std::memset(name, 0xA5, sizeof name); // the bytes after the NUL go to the bus too

@@ -3,7 +3,8 @@
 //
 // On the recorder this interface is provided by the vendor's build of
 // libtoolkit. On a development machine the host build in platform/toolkit/src
-// provides it: logging to standard error and a recording double of the bus.
+// provides it: logging to standard error and a client of the development bus
+// daemon mdvr-busd (docs/bus.md), or a recording double of the bus for tests.
 #ifndef COMMON_TOOLKIT_H
 #define COMMON_TOOLKIT_H
 

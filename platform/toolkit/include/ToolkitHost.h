@@ -43,9 +43,19 @@ private:
     std::vector<LogLine> lines_;
 };
 
-// --- The bus double ----------------------------------------------------------
-// The host bus delivers nothing by itself: it records every K7X_* call and lets
-// a test deliver a message to the receiver that a client registered.
+// --- The bus ------------------------------------------------------------------
+// By default the K7X_* functions are a client of the development bus daemon
+// mdvr-busd (docs/bus.md). UseRecordingBus(true) switches them, for the whole
+// process, to a recording double that delivers nothing by itself: it records
+// every K7X_* call and lets a test deliver a message to the receiver that a
+// client registered. Switch before creating clients.
+TOOLKIT_API void UseRecordingBus(bool recording);
+
+// Asks the daemon for its watchdogs: a JSON array of objects with the keys
+// name, pid, client, timeoutMs, sinceFeedMs and lapsed. Returns false (text
+// empty) when the handle is unknown or no answer came within `timeout` ms.
+// Messages that arrive meanwhile are delivered to the client's receivers.
+TOOLKIT_API bool QueryDogs(Common::K7X_MSG_HANDLE handle, int timeout, std::string& text);
 
 // One call of a K7X_* bus function, with its arguments.
 //   function  the function's name, e.g. "K7X_MSGSendMessage"

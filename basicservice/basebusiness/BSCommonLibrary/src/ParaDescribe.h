@@ -166,7 +166,7 @@ public:
 
 private:
     static constexpr unsigned kScanned = 8;     // objects this small are scanned
-    static constexpr unsigned kMaxMembers = 96; // objects larger than this use Member()
+    static constexpr unsigned kMaxMembers = 127; // objects larger than this use Member()
     struct Entry {
         const char* name;
         unsigned length;

@@ -1,7 +1,7 @@
-// Host build of the support library's message bus: a recording double. Every
-// call is recorded with its arguments; messages reach a client only through
-// ToolkitHost::DeliverMessage.
-#include "ToolkitHost.h"
+// The recording double of the bus, for unit tests of its users
+// (ToolkitHost::UseRecordingBus). Every call is recorded with its arguments;
+// messages reach a client only through ToolkitHost::DeliverMessage.
+#include "RecordingBus.h"
 
 #include <map>
 #include <mutex>
@@ -61,7 +61,9 @@ std::vector<unsigned char> Copy(const char* bytes, long long length)
 
 } // namespace
 
-namespace Common {
+namespace RecordingBus {
+
+using namespace Common;
 
 K7X_MSG_HANDLE K7X_MSGCreateMessageClient(unsigned int clientType, const char* serverAddr, short port)
 {
@@ -137,7 +139,7 @@ int K7X_MSGWaitForEvent(K7X_MSG_HANDLE handle, int timeout)
     return Record(bus, Call(__func__, handle, {timeout}));
 }
 
-} // namespace Common
+} // namespace RecordingBus
 
 namespace ToolkitHost {
 
