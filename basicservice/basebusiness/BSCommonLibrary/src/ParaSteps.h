@@ -46,6 +46,12 @@ struct PackNibbles {
                                 std::to_string(v & 0x0F));
         }
     }
+
+    void Write(const unsigned char& src, Json::Value& object) const
+    {
+        object[high] = src >> 4;
+        object[low] = src & 0x0F;
+    }
 };
 
 // A text value read into a fixed buffer of N bytes, as the parsers read
@@ -101,6 +107,14 @@ struct MacText {
         if (matched < 6)
             report(key, "text holds " + std::to_string(matched) + " of 6 hexadecimal groups: the other bytes store 0");
     }
+
+    void Write(const unsigned char (&src)[6], Json::Value& object) const
+    {
+        char text[18];
+        std::snprintf(text, sizeof text, "%02X:%02X:%02X:%02X:%02X:%02X", src[0], src[1], src[2], src[3], src[4],
+                      src[5]);
+        object[key] = text;
+    }
 };
 
 // A double truncated toward zero into 32 bits without undefined behaviour:
@@ -140,6 +154,20 @@ struct VoltageText {
         if (hundredths > 0xFFFFu)
             report(key, std::to_string(hundredths) + " hundredths of a volt do not fit 16 bits: stores " +
                             std::to_string(hundredths & 0xFFFFu));
+    }
+
+    // "11.50" for 1150. Where the decimal text multiplied back in binary
+    // falls just below the whole number of hundredths (0.29 * 100 is
+    // 28.999...), a third decimal of 5 keeps the truncation on it.
+    void Write(const unsigned short& src, Json::Value& object) const
+    {
+        char text[16];
+        for (const char* format : {"%u.%02u", "%u.%02u5"}) {
+            std::snprintf(text, sizeof text, format, unsigned(src / 100), unsigned(src % 100));
+            object[key] = text;
+            if (Hundredths(object) == src)
+                return;
+        }
     }
 };
 
