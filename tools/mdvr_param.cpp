@@ -18,6 +18,7 @@
 #include "ParaCheck.h"
 #include "ParaDecode.h"
 #include "ParaSchema.h"
+#include "ParaShow.h"
 #include "ParaTypeTable.h"
 
 #include <CLI/CLI.hpp>
@@ -104,105 +105,6 @@ const TypeInfo* FindType(const std::string& what)
         if (what == t.key || what == std::to_string(t.type))
             return &t;
     return nullptr;
-}
-
-// ---------------------------------------------------------------------------
-// Values of fields, from a record's bytes (little-endian, like the target).
-
-bool FillsField(const char* at, size_t size) { return strnlen(at, size) == size; }
-
-std::string Quote(const char* at, size_t size)
-{
-    const size_t length = strnlen(at, size);
-    std::string out = "\"";
-    for (size_t i = 0; i < length; ++i) {
-        const unsigned char c = static_cast<unsigned char>(at[i]);
-        if (c == '"' || c == '\\') {
-            out += '\\';
-            out += char(c);
-        } else if (c >= 0x20 && c < 0x7F) {
-            out += char(c);
-        } else {
-            char esc[8];
-            std::snprintf(esc, sizeof esc, "\\x%02x", c);
-            out += esc;
-        }
-    }
-    return out + "\"";
-}
-
-// Bytes as hexadecimal text, two upper-case digits a byte.
-std::string HexText(const char* at, size_t size)
-{
-    static const char kDigits[] = "0123456789ABCDEF";
-    std::string out;
-    for (size_t i = 0; i < size; ++i) {
-        const unsigned char c = static_cast<unsigned char>(at[i]);
-        out += kDigits[c >> 4];
-        out += kDigits[c & 0x0F];
-    }
-    return out;
-}
-
-long long SignedAt(const char* at, size_t size)
-{
-    switch (size) {
-    case 1: return static_cast<signed char>(*at);
-    case 2: { short v; std::memcpy(&v, at, 2); return v; }
-    case 4: { int v; std::memcpy(&v, at, 4); return v; }
-    default: { long long v; std::memcpy(&v, at, 8); return v; }
-    }
-}
-
-unsigned long long UnsignedAt(const char* at, size_t size)
-{
-    unsigned long long v = 0;
-    std::memcpy(&v, at, size);
-    return v;
-}
-
-float FloatAt(const char* at)
-{
-    float v;
-    std::memcpy(&v, at, sizeof v);
-    return v;
-}
-
-std::string ValueText(const std::string& bytes, const para::FieldInfo& f, bool noteFull = true)
-{
-    const char* at = bytes.data() + f.offset;
-    switch (f.kind) {
-    case para::Kind::Text:
-        return Quote(at, f.size) + (noteFull && FillsField(at, f.size) ? "  (fills the field, no terminator)" : "");
-    case para::Kind::Hex: return HexText(at, f.size);
-    case para::Kind::Float: {
-        char text[32];
-        std::snprintf(text, sizeof text, "%g", double(FloatAt(at)));
-        return text;
-    }
-    case para::Kind::Char: // plain char has the target's signedness
-        return std::is_signed_v<char> ? std::to_string(SignedAt(at, 1)) : std::to_string(UnsignedAt(at, 1));
-    case para::Kind::Signed: return std::to_string(SignedAt(at, f.size));
-    case para::Kind::Unsigned: return std::to_string(UnsignedAt(at, f.size));
-    case para::Kind::Reserved: break;
-    }
-    return "";
-}
-
-Json::Value ValueJson(const std::string& bytes, const para::FieldInfo& f)
-{
-    const char* at = bytes.data() + f.offset;
-    switch (f.kind) {
-    case para::Kind::Text: return Json::Value(std::string(at, strnlen(at, f.size)));
-    case para::Kind::Hex: return Json::Value(HexText(at, f.size));
-    case para::Kind::Float: return Json::Value(double(FloatAt(at)));
-    case para::Kind::Char:
-        return std::is_signed_v<char> ? Json::Value(Json::Int64(SignedAt(at, 1))) : Json::Value(Json::UInt64(UnsignedAt(at, 1)));
-    case para::Kind::Signed: return Json::Value(Json::Int64(SignedAt(at, f.size)));
-    case para::Kind::Unsigned: return Json::Value(Json::UInt64(UnsignedAt(at, f.size)));
-    case para::Kind::Reserved: break;
-    }
-    return Json::Value();
 }
 
 // Places a value at a field path ("RCP[0].RSI[1][2].S") in a JSON tree.
@@ -300,11 +202,7 @@ std::vector<para::FieldInfo> ByOffset(std::vector<para::FieldInfo> fields)
 
 void ShowText(const TypeInfo& t, const Parsed& p)
 {
-    std::printf("%s  type %d  %s  %zu bytes  %s() = %d\n", t.key, t.type, t.record, t.size, t.parser, p.result);
-    for (const para::FieldInfo& f : ByOffset(p.layout))
-        if (f.kind != para::Kind::Reserved)
-            std::printf("  %-28s %6zu  %-9s %s\n", f.path.c_str(), f.offset, para::TypeName(f).c_str(),
-                        ValueText(p.bytes, f).c_str());
+    para::ShowRecord(stdout, t.key, t.type, t.record, t.size, t.parser, p.result, p.bytes, p.layout);
 }
 
 void ShowHex(const TypeInfo& t, const Parsed& p)
@@ -342,7 +240,7 @@ int Show(const std::string& only, const std::string& format, const std::string& 
             Json::Value record(Json::objectValue);
             for (const para::FieldInfo& f : p.layout)
                 if (f.kind != para::Kind::Reserved)
-                    PutPath(record, f.path, ValueJson(p.bytes, f));
+                    PutPath(record, f.path, para::ValueJson(p.bytes, f));
             all[t->key] = record;
         }
     }
@@ -494,7 +392,7 @@ int Decode(const std::string& only, const std::string& file)
                          f.path.c_str(), f.offset);
         else
             std::fprintf(stderr, "mdvr-param: %s: the record holds %s, the document gives %s\n", f.path.c_str(),
-                         ValueText(bytes, f, false).c_str(), ValueText(back.bytes, f, false).c_str());
+                         para::ValueText(bytes, f, false).c_str(), para::ValueText(back.bytes, f, false).c_str());
     }
     if (bytes.compare(end, std::string::npos, back.bytes, end, std::string::npos) != 0) {
         ++lost;
@@ -521,8 +419,8 @@ int Diff(const std::string& fileA, const std::string& fileB)
             if (f.kind == para::Kind::Reserved || pa.bytes.compare(f.offset, f.size, pb.bytes, f.offset, f.size) == 0)
                 continue;
             differs = true;
-            std::printf("%s.%s: %s -> %s\n", t->key, f.path.c_str(), ValueText(pa.bytes, f, false).c_str(),
-                        ValueText(pb.bytes, f, false).c_str());
+            std::printf("%s.%s: %s -> %s\n", t->key, f.path.c_str(), para::ValueText(pa.bytes, f, false).c_str(),
+                        para::ValueText(pb.bytes, f, false).c_str());
         }
     }
     return differs ? 1 : 0;
