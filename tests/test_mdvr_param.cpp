@@ -159,11 +159,12 @@ TEST(MdvrParam, CheckReportsArrayBoundsAndShapes)
 
 TEST(MdvrParam, CheckAsksConversionStepsToo)
 {
-    Outcome r = Tool("check -", R"({"PARAMETER":{"MDVR":{"TIMEP":{"DST":{"SWEEK":17}},
+    Outcome r = Tool("check -", R"({"PARAMETER":{"MDVR":{"TIMEP":{"DST":{"SWEEK":17,"SWIND":256}},
         "KEYS":{"MAC":"00:1A:zz"},"VPP":{"LV":12,"UV":"700"}}}})");
     EXPECT_EQ(r.status, 1);
     for (const char* line : {
              "MDVR.TIMEP.DST.SWEEK: only the low 4 bits of 17 are packed: stores 1\n",
+             "MDVR.TIMEP.DST.SWIND: only the low 4 bits of 256 are packed: stores 0\n",
              "MDVR.KEYS.MAC: text holds 2 of 6 hexadecimal groups: the other bytes store 0\n",
              "MDVR.VPP.LV: not text: stores 0\n",
              "MDVR.VPP.UV: 70000 hundredths of a volt do not fit 16 bits: stores 4464\n",

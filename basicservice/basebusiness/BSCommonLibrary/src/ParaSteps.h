@@ -40,8 +40,10 @@ struct PackNibbles {
     template <class Report> void Check(const Json::Value& object, Report report) const
     {
         for (const char* key : {high, low}) {
-            unsigned char v = 0;
-            if (GetJsonIntegral(Member(object, key), v, static_cast<unsigned char>(0)) == 0 && v > 0x0F)
+            // Read wide: the byte reader keeps the low 8 bits, and the low 4 of
+            // those are what is packed, so 256 stores 0 like 16 does.
+            unsigned int v = 0;
+            if (GetJsonIntegral(Member(object, key), v, 0u) == 0 && v > 0x0F)
                 report(key, "only the low 4 bits of " + std::to_string(v) + " are packed: stores " +
                                 std::to_string(v & 0x0F));
         }
