@@ -2,6 +2,7 @@
 # Installs what the build needs from Debian, skipping what is already there.
 #   scripts/setup.sh host   compiler, CMake, JsonCpp, GoogleTest, Google Benchmark,
 #                           valgrind, ZeroMQ (libzmq, cppzmq) and CLI11 for the development bus
+#                           and mdvr-param, Python's JSON Schema validator for the tests
 #   scripts/setup.sh all    the above plus the armhf cross toolchain, armhf
 #                           libraries (multiarch) and qemu-user. Of ZeroMQ the
 #                           armhf build needs only the runtime library (headers
@@ -11,7 +12,8 @@
 #                           pkg-config (consumer test).
 set -euo pipefail
 
-want=(cmake make g++ libjsoncpp-dev libgtest-dev libbenchmark-dev valgrind libzmq3-dev cppzmq-dev libcli11-dev)
+want=(cmake make g++ libjsoncpp-dev libgtest-dev libbenchmark-dev valgrind libzmq3-dev cppzmq-dev libcli11-dev
+      python3-jsonschema)
 if [ "${1:-all}" = all ]; then
     want+=(g++-arm-linux-gnueabihf binutils-arm-linux-gnueabihf qemu-user libc6:armhf libjsoncpp-dev:armhf libgtest-dev:armhf libzmq5:armhf)
     want+=(clang libclang-rt-14-dev abigail-tools pkg-config)

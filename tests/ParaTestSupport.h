@@ -15,6 +15,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace paratest {
@@ -106,6 +107,22 @@ inline void ExpectFields(const void* record, size_t size, const std::vector<Fiel
             ADD_FAILURE() << what << ": byte " << i << " changed";
             return;
         }
+}
+
+// A captured log line as (function, message).
+typedef std::pair<std::string, std::string> Line;
+typedef std::vector<Line> Lines;
+
+// The captured lines, each of which must be an error of the adapter's source.
+inline Lines Logged(const ToolkitHost::LogCapture& log)
+{
+    Lines out;
+    for (const ToolkitHost::LogLine& l : log.lines()) {
+        EXPECT_EQ(l.level, 0) << l.message;
+        EXPECT_EQ(l.file, "basicservice/basebusiness/BSCommonLibrary/src/CommonParaAdapter");
+        out.emplace_back(l.function, l.message);
+    }
+    return out;
 }
 
 } // namespace paratest

@@ -13,21 +13,6 @@ using ToolkitHost::LogCapture;
 
 namespace {
 
-typedef std::pair<std::string, std::string> Line; // function, message
-typedef std::vector<Line> Lines;
-
-// The captured lines, each of which must be an error of the adapter's source.
-Lines Logged(const LogCapture& log)
-{
-    Lines out;
-    for (const ToolkitHost::LogLine& l : log.lines()) {
-        EXPECT_EQ(l.level, 0) << l.message;
-        EXPECT_EQ(l.file, "basicservice/basebusiness/BSCommonLibrary/src/CommonParaAdapter");
-        out.emplace_back(l.function, l.message);
-    }
-    return out;
-}
-
 const Line kNoRecord{"ParseAlarmLinkRecord", "empty json when parse alarm link record!\n"};
 const Line kNoSnap{"ParseAlarmLinkSnapShot", "empty json when parse alarm link snap shot!\n"};
 const Line kNoOutput{"ParseAlarmLinkOutput", "empty json when parse alarm link output!\n"};

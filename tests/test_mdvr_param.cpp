@@ -1,4 +1,8 @@
-// The parameter inspector, run end to end as a user runs it.
+// The parameter inspector, run end to end as a user runs it, and its
+// decoding walk run over every registered record.
+#include "ParaDecode.h"
+#include "ParaTypeTable.h"
+
 #include <gtest/gtest.h>
 #include <json/reader.h>
 
@@ -6,10 +10,15 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
+#include <limits>
+#include <random>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -43,6 +52,14 @@ Outcome Tool(const std::string& args, const std::string& input = "")
 }
 
 bool Has(const std::string& text, const std::string& piece) { return text.find(piece) != std::string::npos; }
+
+Json::Value ReadJson(const std::string& text)
+{
+    Json::Value value;
+    std::istringstream in(text);
+    EXPECT_TRUE(Json::parseFromStream(Json::CharReaderBuilder(), in, &value, nullptr)) << text;
+    return value;
+}
 
 const char kSmall[] = R"({"PARAMETER":{"MDVR":{
     "ATP":{"GE":1,"NS":"0123456789012345678901234567890123456789012345678901234567890123","NAI":3600},
@@ -142,11 +159,12 @@ TEST(MdvrParam, CheckReportsArrayBoundsAndShapes)
 
 TEST(MdvrParam, CheckAsksConversionStepsToo)
 {
-    Outcome r = Tool("check -", R"({"PARAMETER":{"MDVR":{"TIMEP":{"DST":{"SWEEK":17}},
+    Outcome r = Tool("check -", R"({"PARAMETER":{"MDVR":{"TIMEP":{"DST":{"SWEEK":17,"SWIND":256}},
         "KEYS":{"MAC":"00:1A:zz"},"VPP":{"LV":12,"UV":"700"}}}})");
     EXPECT_EQ(r.status, 1);
     for (const char* line : {
              "MDVR.TIMEP.DST.SWEEK: only the low 4 bits of 17 are packed: stores 1\n",
+             "MDVR.TIMEP.DST.SWIND: only the low 4 bits of 256 are packed: stores 0\n",
              "MDVR.KEYS.MAC: text holds 2 of 6 hexadecimal groups: the other bytes store 0\n",
              "MDVR.VPP.LV: not text: stores 0\n",
              "MDVR.VPP.UV: 70000 hundredths of a volt do not fit 16 bits: stores 4464\n",
@@ -183,4 +201,367 @@ TEST(MdvrParam, BundledExampleIsShownAndClean)
     r = Tool(std::string("show ") + EXAMPLES_DIR + "/mdvr_parameters.json");
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_FALSE(Has(r.out, "() = -1")) << r.out;
+}
+
+// ---------------------------------------------------------------------------
+// Records back to documents: decode is the inverse of the parsers.
+
+namespace {
+
+// The fields of a record that `layout` lists, with the ones that differ
+// between two copies of it named.
+std::string Differences(const std::vector<para::FieldInfo>& layout, const void* a, const void* b)
+{
+    std::string out;
+    for (const para::FieldInfo& f : layout)
+        if (std::memcmp(static_cast<const char*>(a) + f.offset, static_cast<const char*>(b) + f.offset, f.size))
+            out += " " + f.path;
+    return out;
+}
+
+// Fills every field that a parser writes: random bytes (texts included: any
+// bytes decode to a string that stores them again), finite floats; reserved
+// runs and padding stay zero, as in a record the parser fills from zero.
+// Round 0 leaves every field zero, round 1 sets every bit.
+template <class R> void Fill(R& record, const std::vector<para::FieldInfo>& layout, int round, std::mt19937& rng)
+{
+    unsigned char* bytes = reinterpret_cast<unsigned char*>(&record);
+    for (const para::FieldInfo& f : layout) {
+        if (f.kind == para::Kind::Reserved || round == 0)
+            continue;
+        if (f.kind == para::Kind::Float) {
+            float v = round == 1 ? std::numeric_limits<float>::max() : std::numeric_limits<float>::quiet_NaN();
+            while (!std::isfinite(v)) {
+                const uint32_t bits = uint32_t(rng());
+                std::memcpy(&v, &bits, sizeof v);
+            }
+            std::memcpy(bytes + f.offset, &v, sizeof v);
+            continue;
+        }
+        for (size_t i = 0; i < f.size; ++i)
+            bytes[f.offset + i] = round == 1 ? 0xFF : static_cast<unsigned char>(rng());
+    }
+}
+
+// Random record -> decoded document as printed -> parser -> the same bytes.
+template <class R> void RoundTrip(int type, const char* key)
+{
+    std::mt19937 rng(unsigned(type) * 7919u + 1u);
+    std::unique_ptr<R> scratch(new R());
+    const std::vector<para::FieldInfo> layout = para::Layout(*scratch);
+    for (int round = 0; round < 24; ++round) {
+        std::unique_ptr<R> original(new R()), back(new R());
+        Fill(*original, layout, round, rng);
+        Json::Value doc;
+        doc["PARAMETER"]["MDVR"][key] = para::DecodeRecord(*original);
+        const std::string text = para::DocumentText(doc);
+        Json::Value reread;
+        std::istringstream in(text);
+        ASSERT_TRUE(Json::parseFromStream(Json::CharReaderBuilder(), in, &reread, nullptr)) << key << "\n" << text;
+        ASSERT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(type), reread, back.get()), 0) << key << " round " << round;
+        EXPECT_EQ(std::memcmp(original.get(), back.get(), sizeof(R)), 0)
+            << key << " round " << round << ", fields that differ:" << Differences(layout, original.get(), back.get());
+    }
+}
+
+} // namespace
+
+TEST(MdvrParamDecode, EveryRecordComesBackFromItsDecodedDocument)
+{
+    int types = 0;
+#define PARA_ROUND_TRIP(type, key, parser, record) \
+    RoundTrip<record>(type, key);                   \
+    ++types;
+    PARA_TYPES(PARA_ROUND_TRIP)
+#undef PARA_ROUND_TRIP
+    EXPECT_EQ(types, 52); // every parameter type has its parser
+
+}
+
+TEST(MdvrParamDecode, ConversionStepsWriteWhatTheyRead)
+{
+    // Values whose text needs care: hundredths that decimal text multiplied
+    // back in binary falls short of (0.29 V), every nibble, every MAC byte.
+    struct {
+        unsigned short volts;
+        const char* text;
+    } voltages[] = {{0, "0.00"}, {1150, "11.50"}, {29, "0.295"}, {65535, "655.35"}, {7, "0.07"}};
+    for (const auto& v : voltages) {
+        Json::Value object;
+        para::VoltageText{"LV"}.Write(v.volts, object);
+        EXPECT_EQ(object["LV"].asString(), v.text);
+        unsigned short back = 1;
+        para::VoltageText{"LV"}.Read(object, back);
+        EXPECT_EQ(back, v.volts) << v.text;
+    }
+    // Every 16-bit value of the decimal-text steps comes back.
+    for (unsigned value = 0; value <= 0xFFFF; ++value) {
+        Json::Value object;
+        unsigned short volts = 0, tenths = 0;
+        para::VoltageText{"UV"}.Write(static_cast<unsigned short>(value), object);
+        para::VoltageText{"UV"}.Read(object, volts);
+        ASSERT_EQ(volts, value) << object["UV"].asString();
+        para::TenthsText{"TX"}.Write(static_cast<unsigned short>(value), object);
+        para::TenthsText{"TX"}.Read(object, tenths);
+        ASSERT_EQ(tenths, value) << object["TX"].asString();
+    }
+
+    const para::PackNibbles nibbles{"SWEEK", "SWIND", "SWEEK,SWIND"};
+    for (unsigned byte = 0; byte < 256; ++byte) {
+        Json::Value object;
+        unsigned char back = 0;
+        nibbles.Write(static_cast<unsigned char>(byte), object);
+        EXPECT_EQ(object["SWEEK"].asUInt(), byte >> 4);
+        nibbles.Read(object, back);
+        ASSERT_EQ(back, byte);
+    }
+
+    const unsigned char mac[6] = {0x00, 0x1a, 0x2b, 0xc3, 0xd4, 0xff};
+    Json::Value object;
+    para::MacText{"MAC"}.Write(mac, object);
+    EXPECT_EQ(object["MAC"].asString(), "00:1A:2B:C3:D4:FF");
+    unsigned char back[6] = {};
+    para::MacText{"MAC"}.Read(object, back);
+    EXPECT_EQ(std::memcmp(back, mac, 6), 0);
+}
+
+TEST(MdvrParamDecode, EncodeDecodeEncodeGivesTheSameBytesForEverySectionOfTheExample)
+{
+    const std::string example = std::string(EXAMPLES_DIR) + "/mdvr_parameters.json";
+    const Json::Value doc = ReadJson(Slurp(example));
+    int sections = 0;
+    for (const std::string& key : doc["PARAMETER"]["MDVR"].getMemberNames()) {
+        const Outcome encoded = Tool("encode --section " + key + " " + example);
+        ASSERT_EQ(encoded.status, 0) << key << ": " << encoded.err;
+        const Outcome decoded = Tool("decode --section " + key + " -", encoded.out);
+        ASSERT_EQ(decoded.status, 0) << key << ": " << decoded.err;
+        const Outcome again = Tool("encode --section " + key + " -", decoded.out);
+        ASSERT_EQ(again.status, 0) << key << ": " << again.err;
+        EXPECT_TRUE(again.out == encoded.out) << key;
+        ++sections;
+    }
+    EXPECT_GE(sections, 19);
+
+    // -o writes the same bytes as standard output; --type names the same type.
+    const std::string file = testing::TempDir() + "mdvr_param_record_" + std::to_string(getpid());
+    ASSERT_EQ(Tool("encode --type 1 -o " + file + " " + example).status, 0);
+    EXPECT_TRUE(Slurp(file) == Tool("encode --section TIMEP " + example).out);
+    std::remove(file.c_str());
+}
+
+TEST(MdvrParamDecode, WhatNoDocumentGivesIsNamed)
+{
+    // TIMEP: 52 bytes, 2 reserved bytes at 2. A reserved byte with data: the
+    // document is still printed, the loss is named, status 1.
+    std::string record = Tool("encode --section TIMEP -", kSmall).out;
+    ASSERT_EQ(record.size(), 52u);
+    record[2] = 1;
+    Outcome r = Tool("decode --section TIMEP -", record);
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, "mdvr-param: reserved0: reserved bytes at 2 hold data that no document writes\n");
+    EXPECT_TRUE(Has(r.out, "\"TIMEZ\" : \"GMT+08\"")) << r.out;
+
+    struct {
+        std::string args;
+        std::string input;
+        std::string message;
+    } errors[] = {
+        {"decode --section TIMEP -", std::string(51, '\0'), "mdvr-param: -: 51 bytes, but a tag_MsgTimeSetting record has 52\n"},
+        {"decode --section TIMEP -", std::string(53, '\0'), "mdvr-param: -: 53 bytes, but a tag_MsgTimeSetting record has 52\n"},
+        {"encode --section SAP -", R"({"PARAMETER":{"MDVR":{"TIMEP":{}}}})",
+         "mdvr-param: section \"SAP\" is empty or absent: ParseSpeedAlarmParamJson() = -1\n"},
+        {"encode -", kSmall, "mdvr-param: Exactly 1 option from [--type,--section] is required\n"},
+        {"decode --type 1 --section TIMEP -", "", "mdvr-param: --type excludes --section\n"},
+        {"encode --type 77 -", kSmall, "mdvr-param: unknown parameter type or section: 77\n"},
+        {"diff -", "", "mdvr-param: B is required\n"},
+        {"show --bogus -", kSmall, "mdvr-param: The following argument was not expected: --bogus\n"},
+    };
+    for (const auto& e : errors) {
+        r = Tool(e.args, e.input);
+        EXPECT_EQ(r.status, 2) << e.args;
+        EXPECT_EQ(r.err, e.message) << e.args;
+        EXPECT_TRUE(r.out.empty()) << e.args;
+    }
+}
+
+TEST(MdvrParam, HelpForTheToolAndEachCommand)
+{
+    Outcome r = Tool("--help");
+    EXPECT_EQ(r.status, 0);
+    for (const char* command : {"show", "layout", "check", "types", "schema", "encode", "decode", "diff"}) {
+        EXPECT_TRUE(Has(r.out, std::string("  ") + command + " ")) << command << " missing from\n" << r.out;
+        const Outcome sub = Tool(std::string(command) + " --help");
+        EXPECT_EQ(sub.status, 0) << command;
+        EXPECT_TRUE(Has(sub.out, std::string("Usage: mdvr-param ") + command)) << sub.out;
+    }
+}
+
+// ---------------------------------------------------------------------------
+// diff
+
+TEST(MdvrParamDiff, ListsEveryStoredFieldThatDiffers)
+{
+    const std::string dir = testing::TempDir() + "mdvr_param_diff_" + std::to_string(getpid()) + "_";
+    struct {
+        const char* name;
+        std::string a, b;
+        std::string out; // exactly
+        int status;
+    } cases[] = {
+        {"same document", kSmall, kSmall, "", 0},
+        {"same stored values written differently", R"({"PARAMETER":{"MDVR":{"ATP":{"GE":1,"NE":0}}}})",
+         R"({"PARAMETER":{"MDVR":{"ATP":{"GE":257,"XX":5}}}})", "", 0},
+        {"values, a text, a packed byte",
+         R"({"PARAMETER":{"MDVR":{"TIMEP":{"TIMEZ":"GMT+08","TIMEOFFSET":480,"DST":{"SWEEK":2}}}}})",
+         R"({"PARAMETER":{"MDVR":{"TIMEP":{"TIMEZ":"GMT+09","TIMEOFFSET":-540,"DST":{"SWEEK":3,"SWIND":1}}}}})",
+         "TIMEP.TIMEZ: \"GMT+08\" -> \"GMT+09\"\n"
+         "TIMEP.TIMEOFFSET: 480 -> 4294966756\n"
+         "TIMEP.SWEEK_SWIND: 32 -> 49\n",
+         1},
+        {"array entries and a section only in one",
+         R"({"PARAMETER":{"MDVR":{"HMIP":{"HM":[1,2,3]}}}})",
+         R"({"PARAMETER":{"MDVR":{"HMIP":{"HM":[1,5]},"ATP":{"GE":1}}}})",
+         "ATP: ParseAdjustTimeParamJson() = -1 -> 0\nHMIP.HM[1]: 2 -> 5\nHMIP.HM[2]: 3 -> 0\n", 1},
+    };
+    for (const auto& c : cases) {
+        std::ofstream(dir + "a.json") << c.a;
+        std::ofstream(dir + "b.json") << c.b;
+        const Outcome r = Tool("diff " + dir + "a.json " + dir + "b.json");
+        EXPECT_EQ(r.status, c.status) << c.name << ": " << r.err;
+        EXPECT_EQ(r.out, c.out) << c.name;
+    }
+    std::remove((dir + "a.json").c_str());
+    std::remove((dir + "b.json").c_str());
+}
+
+// ---------------------------------------------------------------------------
+// schema: checked with a real validator, against check.
+
+namespace {
+
+// Validates each document with the schema; one line per document: "valid",
+// or each error as "<keyword> <path>" (path as check prints it, from MDVR;
+// a key that is not allowed is appended to its object's path).
+std::vector<std::string> Validate(const std::string& schema, const std::vector<std::string>& docs)
+{
+    const std::string dir = testing::TempDir() + "mdvr_param_schema_" + std::to_string(getpid()) + "_";
+    static const char kScript[] = R"(import json, re, sys
+from jsonschema import Draft202012Validator
+schema = json.load(open(sys.argv[1]))
+Draft202012Validator.check_schema(schema)
+validator = Draft202012Validator(schema)
+for name in sys.argv[2:]:
+    errors = []
+    for e in validator.iter_errors(json.load(open(name))):
+        path = ''.join('[%d]' % p if isinstance(p, int) else '.' + p for p in list(e.absolute_path)[1:])[1:]
+        if e.validator == 'additionalProperties':
+            path += '.' + re.search(r"'([^']*)' was unexpected", e.message).group(1)
+        errors.append(e.validator + ' ' + path)
+    print(' | '.join(sorted(errors)) if errors else 'valid')
+)";
+    std::ofstream(dir + "check.py") << kScript;
+    std::ofstream(dir + "schema.json") << schema;
+    std::string command = std::string(PYTHON3) + " " + dir + "check.py " + dir + "schema.json";
+    for (size_t i = 0; i < docs.size(); ++i) {
+        std::ofstream(dir + std::to_string(i) + ".json") << docs[i];
+        command += " " + dir + std::to_string(i) + ".json";
+    }
+    const int raw = std::system((command + " >" + dir + "out.txt 2>&1").c_str());
+    std::vector<std::string> lines;
+    std::istringstream out(Slurp(dir + "out.txt"));
+    for (std::string line; std::getline(out, line);)
+        lines.push_back(line);
+    EXPECT_TRUE(WIFEXITED(raw) && WEXITSTATUS(raw) == 0) << Slurp(dir + "out.txt");
+    for (const char* file : {"check.py", "schema.json", "out.txt"})
+        std::remove((dir + file).c_str());
+    for (size_t i = 0; i < docs.size(); ++i)
+        std::remove((dir + std::to_string(i) + ".json").c_str());
+    return lines;
+}
+
+std::string Doc1(const std::string& key, const std::string& section)
+{
+    return R"({"PARAMETER":{"MDVR":{")" + key + R"(":)" + section + "}}}";
+}
+
+} // namespace
+
+TEST(MdvrParamSchema, ExampleIsValidAndPlantedFaultsAreRejectedWhereCheckReportsThem)
+{
+    const Outcome schema = Tool("schema");
+    ASSERT_EQ(schema.status, 0) << schema.err;
+    std::string channels = "[";
+    for (int i = 0; i < 17; ++i)
+        channels += std::string(i ? "," : "") + R"({"RM":1})";
+    channels += "]";
+    struct {
+        std::string doc;
+        std::string schemaSays; // "valid", or the validator's keyword and the path
+        std::string checkSays;  // a line of check's output, "" when clean
+    } cases[] = {
+        {Slurp(std::string(EXAMPLES_DIR) + "/mdvr_parameters.json"), "valid", ""},
+        {kSmall, "maxLength MDVR.ATP.NS | minimum MDVR.TIMEP.TIMEOFFSET", "MDVR.ATP.NS: text fills its 64-byte field"},
+        {Doc1("ATP", R"({"GE":300})"), "maximum MDVR.ATP.GE", "MDVR.ATP.GE: value 300 does not fit u8"},
+        {Doc1("ATP", R"({"GE":-1})"), "minimum MDVR.ATP.GE", "MDVR.ATP.GE: negative value -1"},
+        {Doc1("ATP", R"({"GE":"1"})"), "type MDVR.ATP.GE", "MDVR.ATP.GE: a string is not read into u8"},
+        {Doc1("TIMEP", R"({"TIMEZ":"0123456789abcdefXYZ"})"), "maxLength MDVR.TIMEP.TIMEZ",
+         "MDVR.TIMEP.TIMEZ: text of 19 bytes cut"},
+        {Doc1("TIMEP", R"({"DST":{"SWEEK":17}})"), "maximum MDVR.TIMEP.DST.SWEEK", "MDVR.TIMEP.DST.SWEEK: only the low 4 bits"},
+        {Doc1("TIMEP", R"({"TIMEOFFSET":2147483648})"), "valid", ""},
+        {Doc1("TIMEP", R"({"DST":{"SWEK":1}})"), "additionalProperties MDVR.TIMEP.DST.SWEK",
+         "MDVR.TIMEP.DST.SWEK: key not read by the parser"},
+        {Doc1("ATPP", R"({"GE":1})"), "additionalProperties MDVR.ATPP", "MDVR.ATPP: section not read by any parser"},
+        {Doc1("RP", R"({"MP":{"OLD":1}})"), "type MDVR.RP.MP", "MDVR.RP.MP: an object where an array is read"},
+        {Doc1("RP", R"({"RCP":)" + channels + "}"), "maxItems MDVR.RP.RCP", "MDVR.RP.RCP: array of 17 elements"},
+        {Doc1("RP", R"({"RCP":[{"RM":1,"RSI":[[{"S":-1}]]}]})"), "minimum MDVR.RP.RCP[0].RSI[0][0].S",
+         "MDVR.RP.RCP[0].RSI[0][0].S: negative value -1"},
+        {Doc1("VPP", R"({"LV":12})"), "type MDVR.VPP.LV", "MDVR.VPP.LV: not text"},
+    };
+    std::vector<std::string> docs;
+    for (const auto& c : cases)
+        docs.push_back(c.doc);
+    const std::vector<std::string> verdicts = Validate(schema.out, docs);
+    ASSERT_EQ(verdicts.size(), docs.size());
+    for (size_t i = 0; i < docs.size(); ++i) {
+        EXPECT_EQ(verdicts[i], cases[i].schemaSays) << cases[i].doc.substr(0, 200);
+        const Outcome check = Tool("check -", cases[i].doc);
+        if (cases[i].checkSays.empty()) {
+            EXPECT_EQ(check.status, 0) << check.out;
+        } else {
+            EXPECT_EQ(check.status, 1) << cases[i].doc;
+            EXPECT_TRUE(Has(check.out, cases[i].checkSays)) << cases[i].checkSays << "\nin:\n" << check.out;
+        }
+    }
+}
+
+TEST(MdvrParamSchema, DescribesEachKeyFromItsField)
+{
+    Outcome r = Tool("schema TIMEP");
+    ASSERT_EQ(r.status, 0) << r.err;
+    const Json::Value schema = ReadJson(r.out);
+    EXPECT_EQ(schema["$schema"].asString(), "https://json-schema.org/draft/2020-12/schema");
+    const Json::Value& mdvr = schema["properties"]["PARAMETER"]["properties"]["MDVR"];
+    EXPECT_EQ(mdvr["properties"].getMemberNames(), std::vector<std::string>{"TIMEP"});
+    EXPECT_FALSE(mdvr.isMember("additionalProperties")); // other sections are not this schema's business
+    const Json::Value& timep = mdvr["properties"]["TIMEP"];
+    EXPECT_EQ(timep["additionalProperties"], Json::Value(false));
+    EXPECT_EQ(timep["properties"]["TIMEOFFSET"]["description"].asString(), "field TIMEOFFSET, u32 at offset 20");
+    EXPECT_EQ(timep["properties"]["TIMEOFFSET"]["maximum"].asUInt(), 4294967295u);
+    EXPECT_EQ(timep["properties"]["TIMEZ"]["maxLength"].asUInt(), 15u);
+    EXPECT_TRUE(Has(timep["properties"]["TIMEZ"]["description"].asString(), "at most 15 bytes")) << r.out;
+    EXPECT_EQ(timep["properties"]["DST"]["properties"]["SWIND"]["maximum"].asUInt(), 15u);
+    EXPECT_EQ(Tool("schema 1").out, r.out);
+    EXPECT_EQ(schema["title"].asString(), "MDVR parameter document, section TIMEP");
+
+    // Array entries: offsets with their strides.
+    r = Tool("schema RP");
+    ASSERT_EQ(r.status, 0) << r.err;
+    const Json::Value rp = ReadJson(r.out)["properties"]["PARAMETER"]["properties"]["MDVR"]["properties"]["RP"];
+    const Json::Value& rsi = rp["properties"]["RCP"]["items"]["properties"]["RSI"];
+    EXPECT_EQ(rp["properties"]["RCP"]["maxItems"].asUInt(), 16u);
+    EXPECT_EQ(rsi["maxItems"].asUInt(), 7u);
+    EXPECT_EQ(rsi["items"]["maxItems"].asUInt(), 16u);
+    EXPECT_EQ(rsi["items"]["items"]["properties"]["S"]["description"].asString(),
+              "field RCP[i].RSI[j][k].S, u32 at offset 0 + 1804*i + 256*j + 16*k");
+    EXPECT_EQ(rp["properties"]["RCP"]["items"]["additionalProperties"], Json::Value(false));
 }

@@ -8,21 +8,6 @@ using ToolkitHost::LogCapture;
 
 namespace {
 
-typedef std::pair<std::string, std::string> Line; // function, message
-typedef std::vector<Line> Lines;
-
-// The captured lines, each of which must be an error of the adapter's source.
-Lines Logged(const LogCapture& log)
-{
-    Lines out;
-    for (const ToolkitHost::LogLine& l : log.lines()) {
-        EXPECT_EQ(l.level, 0) << l.message;
-        EXPECT_EQ(l.file, "basicservice/basebusiness/BSCommonLibrary/src/CommonParaAdapter");
-        out.emplace_back(l.function, l.message);
-    }
-    return out;
-}
-
 const Line kNoThresh1{"ParseGDSAlarmThresh1", "empty json when parse paramAlarmThresh1_t!\n"};
 const Line kNoThresh2{"ParseGDSAlarmThresh2", "empty json when parse paramAlarmThresh2_t!\n"};
 const Line kNoLink{"ParseAlarmLinkProcess", "empty json when parse alarm link process!\n"};

@@ -1,9 +1,12 @@
-// The text listing of a parsed record, as `mdvr-param show` prints it: one
-// header line, then each field's path, offset, type and value in offset order.
+// Values of a parsed record's fields, from its bytes (little-endian, like the
+// target), as the tools print them: `mdvr-param show` and the example
+// recorder list a record the same way.
 #ifndef PARA_SHOW_H
 #define PARA_SHOW_H
 
 #include "ParaDescribe.h"
+
+#include <json/value.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -14,7 +17,11 @@
 
 namespace para {
 
-inline std::string QuoteText(const char* at, size_t size)
+// Values of fields, from a record's bytes (little-endian, like the target).
+
+inline bool FillsField(const char* at, size_t size) { return strnlen(at, size) == size; }
+
+inline std::string Quote(const char* at, size_t size)
 {
     const size_t length = strnlen(at, size);
     std::string out = "\"";
@@ -47,35 +54,69 @@ inline std::string HexText(const char* at, size_t size)
     return out;
 }
 
-inline std::string FieldText(const std::string& bytes, const FieldInfo& f)
+inline long long SignedAt(const char* at, size_t size)
+{
+    switch (size) {
+    case 1: return static_cast<signed char>(*at);
+    case 2: { short v; std::memcpy(&v, at, 2); return v; }
+    case 4: { int v; std::memcpy(&v, at, 4); return v; }
+    default: { long long v; std::memcpy(&v, at, 8); return v; }
+    }
+}
+
+inline unsigned long long UnsignedAt(const char* at, size_t size)
+{
+    unsigned long long v = 0;
+    std::memcpy(&v, at, size);
+    return v;
+}
+
+inline float FloatAt(const char* at)
+{
+    float v;
+    std::memcpy(&v, at, sizeof v);
+    return v;
+}
+
+inline std::string ValueText(const std::string& bytes, const FieldInfo& f, bool noteFull = true)
 {
     const char* at = bytes.data() + f.offset;
-    long long s = 0;
-    unsigned long long u = 0;
-    std::memcpy(&u, at, std::min<size_t>(f.size, sizeof u));
     switch (f.kind) {
     case Kind::Text:
-        return QuoteText(at, f.size) + (strnlen(at, f.size) == f.size ? "  (fills the field, no terminator)" : "");
+        return Quote(at, f.size) + (noteFull && FillsField(at, f.size) ? "  (fills the field, no terminator)" : "");
     case Kind::Hex: return HexText(at, f.size);
     case Kind::Float: {
-        float v;
-        std::memcpy(&v, at, sizeof v);
         char text[32];
-        std::snprintf(text, sizeof text, "%g", double(v));
+        std::snprintf(text, sizeof text, "%g", double(FloatAt(at)));
         return text;
     }
     case Kind::Char: // plain char has the target's signedness
-        return std::is_signed_v<char> ? std::to_string(static_cast<signed char>(*at)) : std::to_string(u & 0xFF);
-    case Kind::Signed:
-        s = f.size >= 8 ? static_cast<long long>(u) : static_cast<long long>(u << (64 - 8 * f.size)) >> (64 - 8 * f.size);
-        return std::to_string(s);
-    case Kind::Unsigned: return std::to_string(u);
+        return std::is_signed_v<char> ? std::to_string(SignedAt(at, 1)) : std::to_string(UnsignedAt(at, 1));
+    case Kind::Signed: return std::to_string(SignedAt(at, f.size));
+    case Kind::Unsigned: return std::to_string(UnsignedAt(at, f.size));
     case Kind::Reserved: break;
     }
     return "";
 }
 
-// Prints a record that `parser` filled with `result`.
+inline Json::Value ValueJson(const std::string& bytes, const FieldInfo& f)
+{
+    const char* at = bytes.data() + f.offset;
+    switch (f.kind) {
+    case Kind::Text: return Json::Value(std::string(at, strnlen(at, f.size)));
+    case Kind::Hex: return Json::Value(HexText(at, f.size));
+    case Kind::Float: return Json::Value(double(FloatAt(at)));
+    case Kind::Char:
+        return std::is_signed_v<char> ? Json::Value(Json::Int64(SignedAt(at, 1))) : Json::Value(Json::UInt64(UnsignedAt(at, 1)));
+    case Kind::Signed: return Json::Value(Json::Int64(SignedAt(at, f.size)));
+    case Kind::Unsigned: return Json::Value(Json::UInt64(UnsignedAt(at, f.size)));
+    case Kind::Reserved: break;
+    }
+    return Json::Value();
+}
+
+// Prints a record that `parser` filled with `result`: a header line, then
+// each field's path, offset, type and value in offset order.
 inline void ShowRecord(std::FILE* out, const char* key, int type, const char* record, size_t size, const char* parser,
                        int result, const std::string& bytes, std::vector<FieldInfo> layout)
 {
@@ -85,7 +126,7 @@ inline void ShowRecord(std::FILE* out, const char* key, int type, const char* re
     for (const FieldInfo& f : layout)
         if (f.kind != Kind::Reserved)
             std::fprintf(out, "  %-28s %6zu  %-9s %s\n", f.path.c_str(), f.offset, TypeName(f).c_str(),
-                         FieldText(bytes, f).c_str());
+                         ValueText(bytes, f).c_str());
 }
 
 } // namespace para

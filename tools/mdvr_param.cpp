@@ -5,12 +5,23 @@
 //   mdvr-param layout [TYPE | SECTION | all]
 //   mdvr-param check [FILE|-]
 //   mdvr-param types
+//   mdvr-param schema [TYPE | SECTION | all]
+//   mdvr-param encode (--type N | --section KEY) [FILE|-] [-o OUT]
+//   mdvr-param decode (--type N | --section KEY) RECORD
+//   mdvr-param diff A B
 //
 // Everything is derived from the library's record descriptions and parsers.
-// Exit status: 0 success (check: clean), 1 check found something, 2 error.
+// Exit status: 0 success (check: clean; diff: no difference), 1 check found
+// something, diff found a difference or decode cannot give the record back
+// exactly, 2 error.
 #include "CommonParaAdapter.h"
 #include "ParaCheck.h"
+#include "ParaDecode.h"
+#include "ParaSchema.h"
+#include "ParaShow.h"
 #include "ParaTypeTable.h"
+
+#include <CLI/CLI.hpp>
 
 #include <json/reader.h>
 #include <json/writer.h>
@@ -28,6 +39,8 @@
 #include <string>
 #include <type_traits>
 #include <vector>
+
+#include <unistd.h>
 
 namespace {
 
@@ -51,6 +64,8 @@ struct TypeInfo {
     Parsed (*parse)(int type, const Json::Value& doc);              // into a zeroed record
     std::vector<para::FieldInfo> (*layout)();
     std::vector<para::Finding> (*check)(const Json::Value& section, const std::string& root);
+    Json::Value (*decode)(const std::string& bytes); // a record of `size` bytes
+    Json::Value (*schema)(const std::string& description);
 };
 
 template <class R> Parsed ParseZeroed(int type, const Json::Value& doc)
@@ -69,9 +84,17 @@ template <class R> std::vector<para::FieldInfo> LayoutOf()
     return para::Layout(*record);
 }
 
+template <class R> Json::Value DecodeBytes(const std::string& bytes)
+{
+    std::unique_ptr<R> record(new R());
+    std::memcpy(static_cast<void*>(record.get()), bytes.data(), sizeof(R));
+    return para::DecodeRecord(*record);
+}
+
 const TypeInfo kTypes[] = {
-#define PARA_TOOL_ENTRY(type, key, parser, record) \
-    {type, key, #parser, #record, sizeof(record), &ParseZeroed<record>, &LayoutOf<record>, &para::CheckSection<record>},
+#define PARA_TOOL_ENTRY(type, key, parser, record)                                                              \
+    {type, key, #parser, #record, sizeof(record), &ParseZeroed<record>, &LayoutOf<record>, &para::CheckSection<record>, \
+     &DecodeBytes<record>, &para::SectionSchema<record>},
     PARA_TYPES(PARA_TOOL_ENTRY)
 #undef PARA_TOOL_ENTRY
 };
@@ -82,105 +105,6 @@ const TypeInfo* FindType(const std::string& what)
         if (what == t.key || what == std::to_string(t.type))
             return &t;
     return nullptr;
-}
-
-// ---------------------------------------------------------------------------
-// Values of fields, from a record's bytes (little-endian, like the target).
-
-bool FillsField(const char* at, size_t size) { return strnlen(at, size) == size; }
-
-std::string Quote(const char* at, size_t size)
-{
-    const size_t length = strnlen(at, size);
-    std::string out = "\"";
-    for (size_t i = 0; i < length; ++i) {
-        const unsigned char c = static_cast<unsigned char>(at[i]);
-        if (c == '"' || c == '\\') {
-            out += '\\';
-            out += char(c);
-        } else if (c >= 0x20 && c < 0x7F) {
-            out += char(c);
-        } else {
-            char esc[8];
-            std::snprintf(esc, sizeof esc, "\\x%02x", c);
-            out += esc;
-        }
-    }
-    return out + "\"";
-}
-
-// Bytes as hexadecimal text, two upper-case digits a byte.
-std::string HexText(const char* at, size_t size)
-{
-    static const char kDigits[] = "0123456789ABCDEF";
-    std::string out;
-    for (size_t i = 0; i < size; ++i) {
-        const unsigned char c = static_cast<unsigned char>(at[i]);
-        out += kDigits[c >> 4];
-        out += kDigits[c & 0x0F];
-    }
-    return out;
-}
-
-long long SignedAt(const char* at, size_t size)
-{
-    switch (size) {
-    case 1: return static_cast<signed char>(*at);
-    case 2: { short v; std::memcpy(&v, at, 2); return v; }
-    case 4: { int v; std::memcpy(&v, at, 4); return v; }
-    default: { long long v; std::memcpy(&v, at, 8); return v; }
-    }
-}
-
-unsigned long long UnsignedAt(const char* at, size_t size)
-{
-    unsigned long long v = 0;
-    std::memcpy(&v, at, size);
-    return v;
-}
-
-float FloatAt(const char* at)
-{
-    float v;
-    std::memcpy(&v, at, sizeof v);
-    return v;
-}
-
-std::string ValueText(const std::string& bytes, const para::FieldInfo& f)
-{
-    const char* at = bytes.data() + f.offset;
-    switch (f.kind) {
-    case para::Kind::Text:
-        return Quote(at, f.size) + (FillsField(at, f.size) ? "  (fills the field, no terminator)" : "");
-    case para::Kind::Hex: return HexText(at, f.size);
-    case para::Kind::Float: {
-        char text[32];
-        std::snprintf(text, sizeof text, "%g", double(FloatAt(at)));
-        return text;
-    }
-    case para::Kind::Char: // plain char has the target's signedness
-        return std::is_signed_v<char> ? std::to_string(SignedAt(at, 1)) : std::to_string(UnsignedAt(at, 1));
-    case para::Kind::Signed: return std::to_string(SignedAt(at, f.size));
-    case para::Kind::Unsigned: return std::to_string(UnsignedAt(at, f.size));
-    case para::Kind::Reserved: break;
-    }
-    return "";
-}
-
-Json::Value ValueJson(const std::string& bytes, const para::FieldInfo& f)
-{
-    const char* at = bytes.data() + f.offset;
-    switch (f.kind) {
-    case para::Kind::Text: return Json::Value(std::string(at, strnlen(at, f.size)));
-    case para::Kind::Hex: return Json::Value(HexText(at, f.size));
-    case para::Kind::Float: return Json::Value(double(FloatAt(at)));
-    case para::Kind::Char:
-        return std::is_signed_v<char> ? Json::Value(Json::Int64(SignedAt(at, 1))) : Json::Value(Json::UInt64(UnsignedAt(at, 1)));
-    case para::Kind::Signed: return Json::Value(Json::Int64(SignedAt(at, f.size)));
-    case para::Kind::Unsigned: return Json::Value(Json::UInt64(UnsignedAt(at, f.size)));
-    case para::Kind::Reserved: break;
-    }
-    return Json::Value();
 }
 
 // Places a value at a field path ("RCP[0].RSI[1][2].S") in a JSON tree.
@@ -207,23 +131,25 @@ void PutPath(Json::Value& root, const std::string& path, const Json::Value& valu
 
 // ---------------------------------------------------------------------------
 
-Json::Value ReadDocument(const std::string& name)
+// The bytes of a file, or of standard input for "-".
+std::string ReadFile(const std::string& name)
 {
-    std::string text;
+    std::ostringstream in;
     if (name == "-") {
-        std::ostringstream in;
         in << std::cin.rdbuf();
-        text = in.str();
-    } else {
-        std::ifstream file(name, std::ios::binary);
-        if (!file)
-            throw UsageError("cannot read " + name + ": " + std::strerror(errno));
-        std::ostringstream in;
-        in << file.rdbuf();
-        if (file.bad())
-            throw UsageError("cannot read " + name + ": " + std::strerror(errno));
-        text = in.str();
+        return in.str();
     }
+    std::ifstream file(name, std::ios::binary);
+    if (!file)
+        throw UsageError("cannot read " + name + ": " + std::strerror(errno));
+    in << file.rdbuf();
+    if (file.bad())
+        throw UsageError("cannot read " + name + ": " + std::strerror(errno));
+    return in.str();
+}
+
+Json::Value ParseDocument(const std::string& text, const std::string& name)
+{
     Json::CharReaderBuilder builder;
     std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
     Json::Value doc;
@@ -245,6 +171,8 @@ Json::Value ReadDocument(const std::string& name)
     }
     return doc;
 }
+
+Json::Value ReadDocument(const std::string& name) { return ParseDocument(ReadFile(name), name); }
 
 // The types asked for: one by key or number, else those whose section the
 // document holds (every type when `all`), in type order.
@@ -274,11 +202,7 @@ std::vector<para::FieldInfo> ByOffset(std::vector<para::FieldInfo> fields)
 
 void ShowText(const TypeInfo& t, const Parsed& p)
 {
-    std::printf("%s  type %d  %s  %zu bytes  %s() = %d\n", t.key, t.type, t.record, t.size, t.parser, p.result);
-    for (const para::FieldInfo& f : ByOffset(p.layout))
-        if (f.kind != para::Kind::Reserved)
-            std::printf("  %-28s %6zu  %-9s %s\n", f.path.c_str(), f.offset, para::TypeName(f).c_str(),
-                        ValueText(p.bytes, f).c_str());
+    para::ShowRecord(stdout, t.key, t.type, t.record, t.size, t.parser, p.result, p.bytes, p.layout);
 }
 
 void ShowHex(const TypeInfo& t, const Parsed& p)
@@ -300,18 +224,8 @@ void ShowHex(const TypeInfo& t, const Parsed& p)
     }
 }
 
-int Show(const std::vector<std::string>& args)
+int Show(const std::string& only, const std::string& format, const std::string& file)
 {
-    std::string only, format = "text", file = "-";
-    for (size_t i = 0; i < args.size(); ++i) {
-        const std::string& a = args[i];
-        if ((a == "--type" || a == "--section" || a == "--format") && i + 1 < args.size())
-            (a == "--format" ? format : only) = args[++i];
-        else if (a.size() > 1 && a[0] == '-' && a != "-")
-            throw UsageError("unknown option: " + a);
-        else
-            file = a;
-    }
     if (format != "text" && format != "json" && format != "hex")
         throw UsageError("unknown format: " + format);
     const Json::Value doc = ReadDocument(file);
@@ -326,7 +240,7 @@ int Show(const std::vector<std::string>& args)
             Json::Value record(Json::objectValue);
             for (const para::FieldInfo& f : p.layout)
                 if (f.kind != para::Kind::Reserved)
-                    PutPath(record, f.path, ValueJson(p.bytes, f));
+                    PutPath(record, f.path, para::ValueJson(p.bytes, f));
             all[t->key] = record;
         }
     }
@@ -355,24 +269,22 @@ void PrintLayout(const TypeInfo& t)
     std::printf("  /* size: %zu */\n};\n", t.size);
 }
 
-int Layout(const std::vector<std::string>& args)
+// One type by key or number, or every type for "all".
+std::vector<const TypeInfo*> TypesNamed(const std::string& what)
 {
-    const std::string what = args.empty() ? "all" : args[0];
-    if (what == "all") {
-        for (const TypeInfo* t : Selected(Json::Value(), "", true))
-            PrintLayout(*t);
-        return 0;
-    }
-    const TypeInfo* t = FindType(what);
-    if (!t)
-        throw UsageError("unknown parameter type or section: " + what);
-    PrintLayout(*t);
+    return what == "all" ? Selected(Json::Value(), "", true) : Selected(Json::Value(), what);
+}
+
+int Layout(const std::string& what)
+{
+    for (const TypeInfo* t : TypesNamed(what))
+        PrintLayout(*t);
     return 0;
 }
 
-int Check(const std::vector<std::string>& args)
+int Check(const std::string& file)
 {
-    const Json::Value doc = ReadDocument(args.empty() ? "-" : args[0]);
+    const Json::Value doc = ReadDocument(file);
     std::vector<para::Finding> findings;
     const Json::Value& mdvr = para::Member(para::Member(doc, "PARAMETER"), "MDVR");
     if (!mdvr.isObject())
@@ -402,39 +314,212 @@ int Types()
     return 0;
 }
 
-const char kUsage[] =
-    "usage: mdvr-param show [--type N | --section KEY] [--format text|json|hex] [FILE|-]\n"
-    "       mdvr-param layout [TYPE | SECTION | all]\n"
-    "       mdvr-param check [FILE|-]\n"
-    "       mdvr-param types\n";
+// ---------------------------------------------------------------------------
+
+Json::Value Document(const std::string& key, const Json::Value& section)
+{
+    Json::Value doc(Json::objectValue);
+    doc["PARAMETER"]["MDVR"][key] = section;
+    return doc;
+}
+
+int Schema(const std::string& what)
+{
+    Json::Value mdvr = para::ObjectSchema("the parameter sections, one object per section key");
+    const std::vector<const TypeInfo*> types = TypesNamed(what);
+    for (const TypeInfo* t : types)
+        mdvr["properties"][t->key] =
+            t->schema(std::string("section \"") + t->key + "\": record " + t->record + " (" + std::to_string(t->size) +
+                      " bytes, parameter type " + std::to_string(t->type) + "), read by " + t->parser);
+    // A schema of one section leaves the document's other sections alone.
+    if (what != "all")
+        mdvr.removeMember("additionalProperties");
+    Json::Value parameter = para::ObjectSchema("");
+    parameter["properties"]["MDVR"] = mdvr;
+    parameter.removeMember("additionalProperties");
+    Json::Value root = para::ObjectSchema("");
+    root["$schema"] = "https://json-schema.org/draft/2020-12/schema";
+    root["title"] = what == "all" ? std::string("MDVR parameter document")
+                                  : std::string("MDVR parameter document, section ") + types[0]->key;
+    root["properties"]["PARAMETER"] = parameter;
+    root.removeMember("additionalProperties");
+    std::printf("%s\n", para::DocumentText(root).c_str());
+    return 0;
+}
+
+int Encode(const std::string& only, const std::string& file, const std::string& out)
+{
+    const TypeInfo& t = *Selected(Json::Value(), only)[0];
+    const Parsed p = t.parse(t.type, ReadDocument(file));
+    if (p.result == -1)
+        throw UsageError(std::string("section \"") + t.key + "\" is empty or absent: " + t.parser + "() = -1");
+    if (out.empty() || out == "-") {
+        if (isatty(STDOUT_FILENO))
+            throw UsageError("a binary record is not written to a terminal: use -o OUT or a redirection");
+        if (std::fwrite(p.bytes.data(), 1, p.bytes.size(), stdout) != p.bytes.size() || std::fflush(stdout) != 0)
+            throw UsageError(std::string("cannot write the record: ") + std::strerror(errno));
+        return 0;
+    }
+    std::ofstream file_out(out, std::ios::binary);
+    if (!file_out.write(p.bytes.data(), std::streamsize(p.bytes.size())) || !file_out.flush())
+        throw UsageError("cannot write " + out + ": " + std::strerror(errno));
+    return 0;
+}
+
+// Prints the document whose section gives the record back, then checks it:
+// the printed text parsed again must store the same bytes. What no document
+// can give (reserved bytes, tail padding, floats that are not finite) is
+// listed on standard error, with status 1.
+int Decode(const std::string& only, const std::string& file)
+{
+    const TypeInfo& t = *Selected(Json::Value(), only)[0];
+    const std::string bytes = ReadFile(file);
+    if (bytes.size() != t.size)
+        throw UsageError(file + ": " + std::to_string(bytes.size()) + " bytes, but a " + t.record + " record has " +
+                         std::to_string(t.size));
+    const std::string text = para::DocumentText(Document(t.key, t.decode(bytes)));
+    std::printf("%s\n", text.c_str());
+    const Parsed back = t.parse(t.type, ParseDocument(text, "the decoded document"));
+    int lost = 0;
+    size_t end = 0;
+    for (const para::FieldInfo& f : ByOffset(back.layout)) {
+        end = std::max(end, f.offset + f.size);
+        if (bytes.compare(f.offset, f.size, back.bytes, f.offset, f.size) == 0)
+            continue;
+        ++lost;
+        if (f.kind == para::Kind::Reserved)
+            std::fprintf(stderr, "mdvr-param: %s: reserved bytes at %zu hold data that no document writes\n",
+                         f.path.c_str(), f.offset);
+        else
+            std::fprintf(stderr, "mdvr-param: %s: the record holds %s, the document gives %s\n", f.path.c_str(),
+                         para::ValueText(bytes, f, false).c_str(), para::ValueText(back.bytes, f, false).c_str());
+    }
+    if (bytes.compare(end, std::string::npos, back.bytes, end, std::string::npos) != 0) {
+        ++lost;
+        std::fprintf(stderr, "mdvr-param: tail padding at %zu holds data that no document writes\n", end);
+    }
+    return lost ? 1 : 0;
+}
+
+int Diff(const std::string& fileA, const std::string& fileB)
+{
+    const Json::Value a = ReadDocument(fileA), b = ReadDocument(fileB);
+    bool differs = false;
+    for (const TypeInfo* t : Selected(Json::Value(), "", true)) {
+        if (para::Section(a, t->key).isNull() && para::Section(b, t->key).isNull())
+            continue;
+        const Parsed pa = t->parse(t->type, a), pb = t->parse(t->type, b);
+        if (pa.result != pb.result) {
+            differs = true;
+            std::printf("%s: %s() = %d -> %d\n", t->key, t->parser, pa.result, pb.result);
+        }
+        if (pa.result == -1 || pb.result == -1)
+            continue; // a section that is not read stores nothing to compare
+        for (const para::FieldInfo& f : ByOffset(pa.layout)) {
+            if (f.kind == para::Kind::Reserved || pa.bytes.compare(f.offset, f.size, pb.bytes, f.offset, f.size) == 0)
+                continue;
+            differs = true;
+            std::printf("%s.%s: %s -> %s\n", t->key, f.path.c_str(), para::ValueText(pa.bytes, f, false).c_str(),
+                        para::ValueText(pb.bytes, f, false).c_str());
+        }
+    }
+    return differs ? 1 : 0;
+}
+
+// ---------------------------------------------------------------------------
+// Command line.
+
+// `--type N` and `--section KEY` name one type either way.
+void AddTypeOptions(CLI::App* command, std::string& only, bool required)
+{
+    CLI::Option* type = command->add_option("--type", only, "parameter type number (or section key)");
+    CLI::Option* section = command->add_option("--section", only, "section key (or parameter type number)");
+    type->excludes(section);
+    if (required) {
+        CLI::Option_group* group = command->add_option_group("type");
+        group->add_option(type);
+        group->add_option(section);
+        group->require_option(1);
+    }
+}
+
+int Run(int argc, char** argv)
+{
+    CLI::App app("mdvr-param: what a parameter document becomes in the recorder's records, and what the\n"
+                 "conversion silently loses. Exit status: 0 success, 1 a finding or difference, 2 error.",
+                 "mdvr-param");
+    app.require_subcommand(1);
+
+    std::string only, format = "text", file = "-", what = "all", out, other;
+
+    CLI::App* show = app.add_subcommand("show", "parse each section present (or the one named) into a zeroed record and print it");
+    AddTypeOptions(show, only, false);
+    show->add_option("--format", format, "text, json or hex")->capture_default_str();
+    show->add_option("FILE", file, "parameter document, - for standard input")->capture_default_str();
+
+    CLI::App* layout = app.add_subcommand("layout", "print a record's layout with the JSON key of every field");
+    layout->add_option("TYPE", what, "type number, section key or all")->capture_default_str();
+
+    CLI::App* check = app.add_subcommand("check", "report what the parsers would silently lose (status 1 when anything)");
+    check->add_option("FILE", file, "parameter document, - for standard input")->capture_default_str();
+
+    CLI::App* types = app.add_subcommand("types", "list every parameter type with its section, parser, record and size");
+
+    CLI::App* schema = app.add_subcommand("schema", "print a JSON Schema (draft 2020-12) of parameter documents");
+    schema->add_option("TYPE", what, "type number, section key or all")->capture_default_str();
+
+    CLI::App* encode = app.add_subcommand("encode", "write the binary record that the library stores for a section");
+    AddTypeOptions(encode, only, true);
+    encode->add_option("FILE", file, "parameter document, - for standard input")->capture_default_str();
+    encode->add_option("-o,--output", out, "record file (default: standard output)");
+
+    CLI::App* decode = app.add_subcommand("decode", "print the document whose section gives back a binary record");
+    AddTypeOptions(decode, only, true);
+    decode->add_option("RECORD", file, "record file, - for standard input")->required();
+
+    CLI::App* diff = app.add_subcommand("diff", "list every stored field that differs between two documents (status 1 when any)");
+    diff->add_option("A", file, "old document")->required();
+    diff->add_option("B", other, "new document")->required();
+
+    // An unknown first word is a command, not an argument.
+    if (argc > 1 && argv[1][0] != '-') {
+        bool known = false;
+        for (const CLI::App* command : app.get_subcommands({}))
+            known = known || command->get_name() == argv[1];
+        if (!known)
+            throw UsageError(std::string("unknown command: ") + argv[1]);
+    }
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& e) {
+        if (e.get_exit_code() == 0) // --help, of the tool or of a command
+            return app.exit(e);
+        std::string message = e.what();
+        throw UsageError(message.substr(0, message.find('\n')));
+    }
+    if (*show)
+        return Show(only, format, file);
+    if (*layout)
+        return Layout(what);
+    if (*check)
+        return Check(file);
+    if (*types)
+        return Types();
+    if (*schema)
+        return Schema(what);
+    if (*encode)
+        return Encode(only, file, out);
+    if (*decode)
+        return Decode(only, file);
+    return Diff(file, other);
+}
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    if (argc < 2) {
-        std::fputs(kUsage, stderr);
-        return 2;
-    }
-    const std::string command = argv[1];
-    const std::vector<std::string> args(argv + 2, argv + argc);
     try {
-        if (command == "show")
-            return Show(args);
-        if (command == "layout")
-            return Layout(args);
-        if (command == "check")
-            return Check(args);
-        if (command == "types")
-            return Types();
-        if (command == "--help" || command == "-h") {
-            std::fputs(kUsage, stdout);
-            return 0;
-        }
-        throw UsageError("unknown command: " + command);
-    } catch (const UsageError& e) {
-        std::fprintf(stderr, "mdvr-param: %s\n", e.what());
-        return 2;
+        return Run(argc, argv);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "mdvr-param: %s\n", e.what());
         return 2;

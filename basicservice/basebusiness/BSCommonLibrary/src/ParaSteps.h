@@ -40,11 +40,19 @@ struct PackNibbles {
     template <class Report> void Check(const Json::Value& object, Report report) const
     {
         for (const char* key : {high, low}) {
-            unsigned char v = 0;
-            if (GetJsonIntegral(Member(object, key), v, static_cast<unsigned char>(0)) == 0 && v > 0x0F)
+            // Read wide: the byte reader keeps the low 8 bits, and the low 4 of
+            // those are what is packed, so 256 stores 0 like 16 does.
+            unsigned int v = 0;
+            if (GetJsonIntegral(Member(object, key), v, 0u) == 0 && v > 0x0F)
                 report(key, "only the low 4 bits of " + std::to_string(v) + " are packed: stores " +
                                 std::to_string(v & 0x0F));
         }
+    }
+
+    void Write(const unsigned char& src, Json::Value& object) const
+    {
+        object[high] = src >> 4;
+        object[low] = src & 0x0F;
     }
 };
 
@@ -101,6 +109,14 @@ struct MacText {
         if (matched < 6)
             report(key, "text holds " + std::to_string(matched) + " of 6 hexadecimal groups: the other bytes store 0");
     }
+
+    void Write(const unsigned char (&src)[6], Json::Value& object) const
+    {
+        char text[18];
+        std::snprintf(text, sizeof text, "%02X:%02X:%02X:%02X:%02X:%02X", src[0], src[1], src[2], src[3], src[4],
+                      src[5]);
+        object[key] = text;
+    }
 };
 
 // A double truncated toward zero into 32 bits without undefined behaviour:
@@ -140,6 +156,20 @@ struct VoltageText {
         if (hundredths > 0xFFFFu)
             report(key, std::to_string(hundredths) + " hundredths of a volt do not fit 16 bits: stores " +
                             std::to_string(hundredths & 0xFFFFu));
+    }
+
+    // "11.50" for 1150. Where the decimal text multiplied back in binary
+    // falls just below the whole number of hundredths (0.29 * 100 is
+    // 28.999...), a third decimal of 5 keeps the truncation on it.
+    void Write(const unsigned short& src, Json::Value& object) const
+    {
+        char text[16];
+        for (const char* format : {"%u.%02u", "%u.%02u5"}) {
+            std::snprintf(text, sizeof text, format, unsigned(src / 100), unsigned(src % 100));
+            object[key] = text;
+            if (Hundredths(object) == src)
+                return;
+        }
     }
 };
 
