@@ -74,39 +74,92 @@ inline std::string Text(const void* record, size_t offset, size_t size)
 }
 
 // A field expected at a byte offset: a little-endian integer of `size` bytes
-// (both targets are little-endian) or, with `text`, that text cut to `size`
-// bytes and padded with zero bytes.
+// (both targets are little-endian), or with `text` that text cut to `size`
+// bytes and padded with zero bytes, or with `kept` bytes that still hold the
+// sentinel.
 struct FieldValue {
     size_t offset, size;
     unsigned long long value;
-    const char* text = nullptr;
+    std::string text = {};
+    bool kept = false;
 };
+typedef std::vector<FieldValue> Fields;
 
-inline std::string ExpectedBytes(const FieldValue& f)
+inline FieldValue Zeros(size_t from, size_t to) { return {from, to - from, 0}; }
+inline FieldValue Kept(size_t from, size_t to) { return {from, to - from, 0, {}, true}; }
+
+template <class T> std::vector<T> operator+(std::vector<T> a, const std::vector<T>& b)
 {
-    std::string bytes = f.text ? std::string(f.text, strnlen(f.text, f.size)) : std::string(8, '\0');
-    if (!f.text)
-        std::memcpy(&bytes[0], &f.value, 8);
-    bytes.resize(f.size, '\0');
-    return bytes;
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+template <class T> std::vector<T>& operator+=(std::vector<T>& a, const std::vector<T>& b)
+{
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
 }
 
-// Every listed field holds its value; with `othersUntouched`, every other
-// byte of the record still holds the sentinel.
-inline void ExpectFields(const void* record, size_t size, const std::vector<FieldValue>& fields, const std::string& what,
-                         bool othersUntouched)
+// `fields` moved to entries [0, count) of an array at `base` with `stride`;
+// in entry i each value grows by step * i.
+inline Fields Entries(const Fields& fields, size_t base, size_t stride = 0, size_t count = 1,
+                      unsigned long long step = 0)
 {
-    std::vector<bool> listed(size, false);
+    Fields out;
+    for (size_t i = 0; i < count; ++i)
+        for (FieldValue f : fields) {
+            f.offset += base + stride * i;
+            f.value += step * i;
+            out.push_back(f);
+        }
+    return out;
+}
+
+// The record's bytes as expected: the sentinel with `fields` laid over it in
+// order, a later field overriding an earlier one.
+inline std::string Image(size_t size, const Fields& fields)
+{
+    std::string image(size, char(kSentinel));
     for (const FieldValue& f : fields) {
-        EXPECT_EQ(std::string(reinterpret_cast<const char*>(Bytes(record)) + f.offset, f.size), ExpectedBytes(f))
-            << what << ": field at " << f.offset;
-        std::fill(listed.begin() + f.offset, listed.begin() + f.offset + f.size, true);
+        std::string bytes(8, '\0');
+        std::memcpy(&bytes[0], &f.value, 8);
+        if (f.kept)
+            bytes.assign(f.size, char(kSentinel));
+        else if (!f.text.empty())
+            bytes = f.text.substr(0, std::min(f.size, f.text.find('\0')));
+        bytes.resize(f.size, '\0');
+        image.replace(f.offset, f.size, bytes);
     }
-    for (size_t i = 0; othersUntouched && i < size; ++i)
-        if (!listed[i] && Bytes(record)[i] != kSentinel) {
-            ADD_FAILURE() << what << ": byte " << i << " changed";
+    return image;
+}
+
+// Compares a record with Image(size, fields): with `whole` every byte, else
+// only the bytes of the listed fields. Reports the first byte that differs.
+inline void ExpectFields(const void* record, size_t size, const Fields& fields, const std::string& what,
+                         bool whole = true)
+{
+    const std::string want = Image(size, fields);
+    std::vector<bool> listed(size, whole);
+    for (const FieldValue& f : fields)
+        std::fill(listed.begin() + f.offset, listed.begin() + f.offset + f.size, true);
+    for (size_t i = 0; i < size; ++i)
+        if (listed[i] && Bytes(record)[i] != static_cast<unsigned char>(want[i])) {
+            ADD_FAILURE() << what << ": byte " << i << " is " << int(Bytes(record)[i]) << ", expected "
+                          << int(static_cast<unsigned char>(want[i]));
             return;
         }
+}
+
+// A JSON array of n copies of `element`, each "%" replaced by first + the index.
+inline std::string List(const std::string& element, size_t n, size_t first = 0)
+{
+    std::string list = "[";
+    for (size_t i = 0; i < n; ++i) {
+        std::string e = element;
+        for (size_t at; (at = e.find('%')) != std::string::npos;)
+            e.replace(at, 1, std::to_string(first + i));
+        list += (i ? "," : "") + e;
+    }
+    return list + "]";
 }
 
 // A captured log line as (function, message).
@@ -123,6 +176,55 @@ inline Lines Logged(const ToolkitHost::LogCapture& log)
         out.emplace_back(l.function, l.message);
     }
     return out;
+}
+
+// What the sub-record parsers log for an empty or absent object.
+const Line kNoLinkRecord{"ParseAlarmLinkRecord", "empty json when parse alarm link record!\n"};
+const Line kNoLinkSnap{"ParseAlarmLinkSnapShot", "empty json when parse alarm link snap shot!\n"};
+const Line kNoLinkOutput{"ParseAlarmLinkOutput", "empty json when parse alarm link output!\n"};
+const Line kNoLink{"ParseAlarmLinkProcess", "empty json when parse alarm link process!\n"};
+const Line kNoPlan{"ParseAlarmPlan", "empty json when parse alarm plan!\n"};
+const Line kNoSnapPara{"ParseCommonSnapPara", "empty json when parse comman snap para!\n"};
+const Line kNoProfile{"ParseBoHaoParamJson", "empty json when parse BoHaoParam!\n"};
+const Line kNoThresh1{"ParseGDSAlarmThresh1", "empty json when parse paramAlarmThresh1_t!\n"};
+const Line kNoThresh2{"ParseGDSAlarmThresh2", "empty json when parse paramAlarmThresh2_t!\n"};
+// A linkage whose three embedded records are absent.
+const Lines kLinkWithoutRecords = {kNoLinkRecord, kNoLinkSnap, kNoLinkOutput};
+
+// A present section parsed through the dispatcher, so that the type number
+// must reach its own section, into a record followed by 64 guard bytes.
+struct SectionCase {
+    const char* what;
+    int type;
+    const char* key;
+    size_t size;
+    std::string section;
+    Fields fields;       // laid over the sentinel
+    Lines logged = {};
+    bool whole = true;   // every byte of the record as Image(); else the listed fields only
+};
+
+inline void ExpectSection(const SectionCase& c)
+{
+    SCOPED_TRACE(std::string(c.key) + ": " + c.what);
+    std::vector<unsigned char> record(c.size + 64, kSentinel);
+    ToolkitHost::LogCapture log;
+    EXPECT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(c.type), Doc(c.key, c.section), record.data()), 0);
+    ExpectFields(record.data(), c.size, c.fields, c.section, c.whole);
+    EXPECT_TRUE(Untouched(record.data(), c.size, record.size())) << "past the record";
+    EXPECT_EQ(Logged(log), c.logged);
+}
+
+// A sub-record parser called directly on `json` (of any kind).
+template <class R, class Parse>
+void ExpectParsed(Parse parse, const std::string& json, int result, const Fields& fields, const Lines& logged = {},
+                  bool whole = true)
+{
+    auto record = Sentinel<R>();
+    ToolkitHost::LogCapture log;
+    EXPECT_EQ(parse(Json(json), *record), result) << json;
+    ExpectFields(record.get(), sizeof(R), fields, json, whole);
+    EXPECT_EQ(Logged(log), logged) << json;
 }
 
 } // namespace paratest

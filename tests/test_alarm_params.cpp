@@ -13,13 +13,6 @@ using ToolkitHost::LogCapture;
 
 namespace {
 
-const Line kNoRecord{"ParseAlarmLinkRecord", "empty json when parse alarm link record!\n"};
-const Line kNoSnap{"ParseAlarmLinkSnapShot", "empty json when parse alarm link snap shot!\n"};
-const Line kNoOutput{"ParseAlarmLinkOutput", "empty json when parse alarm link output!\n"};
-const Line kNoLink{"ParseAlarmLinkProcess", "empty json when parse alarm link process!\n"};
-const Line kNoPlan{"ParseAlarmPlan", "empty json when parse alarm plan!\n"};
-const Line kNoSnapPara{"ParseCommonSnapPara", "empty json when parse comman snap para!\n"};
-
 // A field at a literal offset: an integer of 1, 2 or 4 bytes, a text when
 // larger; without a key path, bytes that must keep the sentinel.
 struct Field {
@@ -116,79 +109,41 @@ TEST(AlarmSections, EveryKeyLandsAtItsOffsetAndReservedBytesStay)
         {"TPAS", 43, 8, {{&park, "", 0}}},
     };
     for (const Case& c : cases) {
-        Json::Value doc;
-        for (const Block& b : c.blocks)
-            for (const Field& f : *b.fields)
-                if (f.path)
-                    Put(doc["PARAMETER"]["MDVR"][c.key], b.prefix + std::string(f.path), ValueFor(b.base + f.offset, f.size));
-        for (const char* key : c.ignored)
-            doc["PARAMETER"]["MDVR"][c.key][key] = 0x5A;
-        std::vector<unsigned char> record(c.size + 64, kSentinel);
-        LogCapture log;
-        ASSERT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(c.type), doc, record.data()), 0) << c.key;
-        EXPECT_TRUE(log.lines().empty()) << c.key;
-        EXPECT_TRUE(Untouched(record.data(), c.size, record.size())) << c.key << ": past the record";
+        Json::Value section;
+        Fields fields;
         for (const Block& b : c.blocks)
             for (const Field& f : *b.fields) {
                 const size_t at = b.base + f.offset;
-                SCOPED_TRACE(std::string(c.key) + " " + b.prefix + (f.path ? f.path : "reserved") + " at " + std::to_string(at));
                 const Json::Value v = ValueFor(at, f.size);
-                if (!f.path)
-                    EXPECT_TRUE(Untouched(record.data(), at, at + f.size));
-                else if (f.size > 4) // the text, then zero bytes to the end of the field
-                    EXPECT_EQ(std::string(reinterpret_cast<const char*>(&record[at]), f.size),
-                              v.asString().append(f.size - v.asString().size(), '\0'));
-                else
-                    EXPECT_EQ(At<unsigned>(record.data(), at) & (f.size == 4 ? ~0u : (1u << 8 * f.size) - 1), v.asUInt());
+                if (f.path)
+                    Put(section, b.prefix + std::string(f.path), v);
+                fields.push_back(!f.path ? Kept(at, at + f.size)
+                                 : f.size > 4 ? FieldValue{at, f.size, 0, v.asString()}
+                                              : FieldValue{at, f.size, v.asUInt()});
             }
+        for (const char* key : c.ignored)
+            section[key] = 0x5A;
+        ExpectSection({"every key", c.type, c.key, c.size, Json::writeString(Json::StreamWriterBuilder(), section),
+                       fields, {}, false});
     }
-}
-
-TEST(AlarmSections, EmptySectionWritesNothingAndOnlyAreaSaysSo)
-{
-    for (auto [key, type] : std::vector<std::pair<std::string, int>>{
-             {"AREA", 2}, {"SAP", 6}, {"ARLM", 7}, {"IOP", 14}, {"UAP", 33}, {"PMDAS", 30}, {"PVSAS", 31}, {"PVLAS", 32},
-             {"FDAS", 42}, {"TPAS", 43}})
-        for (const char* section : {static_cast<const char*>(nullptr), "{}", "[]", "null"}) {
-            std::vector<unsigned char> record(32 * 1024, kSentinel);
-            LogCapture log;
-            EXPECT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(type), section ? Doc(key, section) : Doc("TIMEP", "{}"),
-                                    record.data()), -1) << key;
-            EXPECT_TRUE(Untouched(record.data(), 0, record.size())) << key;
-            const Lines expected = key == "AREA" ? Lines{{"ParseAreaAlarmParamJson", "empty param json : AREA!\n"}} : Lines{};
-            EXPECT_EQ(Logged(log), expected) << key;
-        }
 }
 
 TEST(AlarmLinkProcess, ResultSaysWhetherAnyEmbeddedRecordWasThere)
 {
-    struct Case {
-        const char* json;
-        int result;
-        Lines logged;
-        size_t kept;     // bytes [0, kept) keep the sentinel (the embedded records come first)
-        unsigned word28; // SU, L, DA, SM once written
-    };
-    const std::vector<Case> cases = {
-        {R"({"L":5})", 1, {kNoRecord, kNoSnap, kNoOutput}, 28, 0x500},
-        {R"({"AR":{},"SS":null,"PS":[]})", 1, {kNoRecord, kNoSnap, kNoOutput}, 28, 0},
-        {R"({"PS":{"T":3}})", 0, {kNoRecord, kNoSnap}, 20, 0},
-        {R"({"AR":{"CH":1},"SS":{"EN":1},"PS":{"ID":1}})", 0, {}, 0, 0},
-        {"{}", -1, {kNoLink}, 68, 0},
-        {"null", -1, {kNoLink}, 68, 0},
-    };
-    for (const Case& c : cases) {
-        auto rec = Sentinel<alarmLinkProcess_t>();
-        LogCapture log;
-        EXPECT_EQ(ParseAlarmLinkProcess(paratest::Json(c.json), *rec), c.result) << c.json;
-        EXPECT_EQ(Logged(log), c.logged) << c.json;
-        EXPECT_TRUE(Untouched(rec.get(), 0, c.kept)) << c.json;
-        EXPECT_TRUE(Untouched(rec.get(), 32, 48) && Untouched(rec.get(), 56, 68)) << c.json; // no "CH", reserved
-        if (c.result >= 0) { // the direct scalars are written whatever the embedded records hold
-            EXPECT_EQ(At<unsigned>(rec.get(), 28), c.word28) << c.json;
-            EXPECT_EQ(At<unsigned long long>(rec.get(), 48), 0u) << c.json;
-        }
-    }
+    // The embedded records come first, "CH" at 32 is not given, 56-67 are reserved.
+    const Fields notWritten = {Kept(32, 48), Kept(56, 68)};
+    const auto parse = ParseAlarmLinkProcess;
+    ExpectParsed<alarmLinkProcess_t>(parse, R"({"L":5})", 1,
+                                     notWritten + Fields{Kept(0, 28), {28, 4, 0x500}, {48, 8, 0}}, kLinkWithoutRecords,
+                                     false);
+    ExpectParsed<alarmLinkProcess_t>(parse, R"({"AR":{},"SS":null,"PS":[]})", 1,
+                                     notWritten + Fields{Kept(0, 28), {28, 4, 0}, {48, 8, 0}}, kLinkWithoutRecords,
+                                     false);
+    ExpectParsed<alarmLinkProcess_t>(parse, R"({"PS":{"T":3}})", 0,
+                                     notWritten + Fields{Kept(0, 20), {28, 4, 0}, {48, 8, 0}},
+                                     {kNoLinkRecord, kNoLinkSnap}, false);
+    ExpectParsed<alarmLinkProcess_t>(parse, R"({"AR":{"CH":1},"SS":{"EN":1},"PS":{"ID":1}})", 0,
+                                     notWritten + Fields{{28, 4, 0}, {48, 8, 0}}, {}, false);
 }
 
 // Days ("I" elements) and periods are bounded independently.
@@ -218,22 +173,9 @@ TEST(AlarmPlan, DaysAndPeriodsAreReadWithinTheirBounds)
             }
         EXPECT_TRUE(Untouched(rec.get(), 1916, 1932)) << days << " days of " << periods;
     }
-    for (const char* json : {"null", "{}", R"({"X":1})", R"({"I":[]})", R"({"I":{}})"}) {
-        auto plan = Sentinel<alarmPlan_t>();
-        LogCapture log;
-        EXPECT_EQ(ParseAlarmPlan(paratest::Json(json), *plan), -1) << json;
-        EXPECT_EQ(Logged(log), Lines{kNoPlan}) << json;
-        EXPECT_TRUE(Untouched(plan.get(), 0, sizeof *plan)) << json;
-    }
-}
-
-// `n` copies of `element` in an array.
-Json::Value Repeat(const std::string& element, int n)
-{
-    Json::Value list(Json::arrayValue);
-    for (int i = 0; i < n; ++i)
-        list.append(paratest::Json(element));
-    return list;
+    // An object without days is empty too.
+    for (const char* json : {R"({"X":1})", R"({"I":[]})", R"({"I":{}})"})
+        ExpectParsed<alarmPlan_t>(ParseAlarmPlan, json, -1, {}, {kNoPlan});
 }
 
 TEST(CommonSnapPara, SixteenElementsAtTheirStride)
@@ -241,7 +183,7 @@ TEST(CommonSnapPara, SixteenElementsAtTheirStride)
     struct Guarded { CommonSnapPara_t paras[16]; unsigned char after[24]; };
     const std::string e = R"({"E":1,"R":2,"Q":3,"N":1000,"I":100000,"U":7})";
     struct Case { Json::Value list; size_t empty, filled; }; // [empty, filled) read, [0, empty) logged and kept
-    const std::vector<Case> cases = {{Repeat(e, 20), 0, 16}, {Repeat(e, 3), 0, 3},
+    const std::vector<Case> cases = {{paratest::Json(List(e, 20)), 0, 16}, {paratest::Json(List(e, 3)), 0, 3},
                                      {paratest::Json("{\"0\":" + e + "}"), 0, 0}, {paratest::Json("[null,{}," + e + "]"), 2, 3}};
     for (const Case& c : cases) {
         auto g = Sentinel<Guarded>();
@@ -262,7 +204,7 @@ TEST(CommonSnapPara, SixteenElementsAtTheirStride)
 TEST(IOAlarm, EntriesFollowTheArrayAndAbsentSubRecordsStay)
 {
     for (auto [iop, entries] : std::vector<std::pair<Json::Value, size_t>>{
-             {Repeat(R"({"EN":1})", 1), 1}, {paratest::Json(R"({"EN":1})"), 0}, {Repeat(R"({"EN":1})", 20), 16}}) {
+             {paratest::Json(R"([{"EN":1}])"), 1}, {paratest::Json(R"({"EN":1})"), 0}, {paratest::Json(List(R"({"EN":1})", 20)), 16}}) {
         Json::Value doc;
         doc["PARAMETER"]["MDVR"]["IOP"] = iop;
         auto rec = Sentinel<tag_MsgIOAlarmSetting>();
@@ -285,30 +227,21 @@ TEST(IOAlarm, EntriesFollowTheArrayAndAbsentSubRecordsStay)
 TEST(AlarmSections, NarrowingAndTextWidths)
 {
     const std::string s40(40, 's'), s32(32, 'v'), s31(31, 'w'), s17(17, 'o');
-    const struct {
-        int type;
-        const char* key;
-        size_t size;
-        std::string section;
-        std::vector<FieldValue> fields; // with `all`, every other byte keeps the sentinel
-        bool all;
-    } cases[] = {
-        {42, "FDAS", 36, R"({"TT":4000})", {{0, 3, 0}, {4, 4, 4000}, {8, 28, 0}}, true},
-        {42, "FDAS", 36, R"({"WI":70000,"AI":-1,"EN":300})", {{0, 3, 44}, {4, 28, 0}, {32, 2, 4464}, {34, 2, 65535}}, true},
-        {43, "TPAS", 8, R"({"AT":-1,"SDT":256})", {{0, 2, 0}, {4, 4, 0xFFFFFFFFull}}, true},
-        {30, "PMDAS", 2836, R"({"MN":")" + s40 + R"(","MO":")" + s17 + R"(","CH":4294967296})",
-         {{8, 32, 0, s40.c_str()}, {40, 16, 0, s17.c_str()}, {56, 4, 0}}, false},
-        {31, "PVSAS", 2068, R"({"VN":")" + s31 + R"(","VO":"","CH":4294967295})",
-         {{8, 32, 0, s31.c_str()}, {40, 16, 0, ""}, {56, 4, 0xFFFFFFFFull}}, false},
-        {32, "PVLAS", 1940, R"({"VN":")" + s32 + R"(","LO":5,"NE":-1})",
-         {{0, 1, 255}, {8, 32, 0, s32.c_str()}, {40, 16, 0, ""}}, false},
+    const Lines noLinkNoPlan = {kNoLink, kNoPlan};
+    const SectionCase cases[] = {
+        {"", 42, "FDAS", 36, R"({"TT":4000})", {Zeros(0, 3), {4, 4, 4000}, Zeros(8, 36)}},
+        {"", 42, "FDAS", 36, R"({"WI":70000,"AI":-1,"EN":300})",
+         {{0, 3, 44}, Zeros(4, 32), {32, 2, 4464}, {34, 2, 65535}}},
+        {"", 43, "TPAS", 8, R"({"AT":-1,"SDT":256})", {{0, 2, 0}, {4, 4, 0xFFFFFFFFull}}},
+        {"", 30, "PMDAS", 2836, R"({"MN":")" + s40 + R"(","MO":")" + s17 + R"(","CH":4294967296})",
+         {{8, 32, 0, s40}, {40, 16, 0, s17}, {56, 4, 0}}, noLinkNoPlan, false},
+        {"", 31, "PVSAS", 2068, R"({"VN":")" + s31 + R"(","VO":"","CH":4294967295})",
+         {{8, 32, 0, s31}, {40, 16, 0}, {56, 4, 0xFFFFFFFFull}}, noLinkNoPlan, false},
+        {"", 32, "PVLAS", 1940, R"({"VN":")" + s32 + R"(","LO":5,"NE":-1})", {{0, 1, 255}, {8, 32, 0, s32}, {40, 16, 0}},
+         noLinkNoPlan, false},
     };
-    for (const auto& c : cases) {
-        std::vector<unsigned char> record(c.size, kSentinel);
-        LogCapture log; // absent linkage and schedule are logged by their parsers
-        EXPECT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(c.type), Doc(c.key, c.section), record.data()), 0) << c.key;
-        ExpectFields(record.data(), c.size, c.fields, c.section, c.all);
-    }
+    for (const SectionCase& c : cases)
+        ExpectSection(c);
 }
 
 // Entries of "PMD" and "PVS" follow the array up to 16; their reserved bytes stay.

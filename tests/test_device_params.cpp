@@ -3,94 +3,39 @@
 #include "ParaTestSupport.h"
 
 using namespace paratest;
-using ToolkitHost::LogCapture;
 
-namespace {
-
-const std::string kLongName(130, 'n');
-
-} // namespace
-
-// Through the dispatcher, so that each type number reaches its own section.
+// Fields as listed, the rest of the record is left to the generic tests.
 TEST(DeviceSections, QuirksOfEachSectionByteExact)
 {
-    const struct {
-        int type;
-        const char* key;
-        size_t size;
-        std::string section;
-        std::vector<FieldValue> fields;
-        std::vector<std::pair<size_t, size_t>> untouched;
-    } cases[] = {
-        {3, "GS", 40, R"({"SET":[1,2,3,4,5,6,7],"BCOM":9})",
-         {{0, 1, 0}, {6, 2, 0}, {28, 1, 0}, {29, 6, 0x060504030201ull}, {35, 1, 0}, {37, 1, 9}}, {{38, 40}}},
-        {3, "GS", 40, R"({"SET":[1,2],"DLSM":70000,"AK":4294967295})",
-         {{6, 2, 4464}, {24, 4, 0xFFFFFFFFull}, {29, 2, 0x0201}}, {{31, 35}, {38, 40}}},
-        {4, "GSP", 28, R"({"VOL":300,"RCI":70000,"FHKE":7,"MME":8})",
-         {{0, 4, 0}, {7, 1, 44}, {22, 1, 0}, {23, 1, 7}, {24, 2, 4464}, {27, 1, 8}}, {}},
-        {5, "NIGHT", 21, R"({"EN":1,"TEN":2,"FSH":3,"FES":4,"FEN":5})",
-         {{0, 1, 1}, {7, 1, 2}, {14, 1, 3}, {19, 1, 4}, {20, 1, 5}}, {}},
-        {19, "VS", 84, R"({"VT":"Coach","VIN":"ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789WXYZ","LS":4,"ESW":5})",
-         {{9, 32, 0, "Coach"}, {41, 32, 0, "ABCDEFGHIJKLMNOPQRSTUVWXYZ012345"}, {73, 1, 4}, {80, 1, 5}}, {{81, 84}}},
-        {20, "PS", 244, R"({"IS":1,"MID":"M1","N":")" + kLongName + R"(","BCN":9,"VRN":"AB-1234"})",
-         {{18, 1, 1}, {19, 8, 0, "M1"}, {99, 128, 0, kLongName.c_str()}, {227, 1, 9}, {231, 12, 0, "AB-1234"}},
-         {{228, 231}, {243, 244}}},
-        // Entry 12 of "HM" would land on TM.
-        {24, "HMIP", 32, R"({"MT":7,"HM":[1,2,3,4,5,6,7,8,9,10,11,70000,13]})",
-         {{0, 4, 7}, {4, 2, 1}, {24, 2, 11}, {26, 2, 4464}, {28, 4, 0}}, {}},
-        {24, "HMIP", 32, R"({"HM":[1,2]})", {{4, 4, 0x00020001}, {28, 4, 0}}, {{8, 28}}},
-        {24, "HMIP", 32, R"({"HM":{"0":1}})", {{0, 4, 0}, {28, 4, 0}}, {{4, 28}}},
-        {27, "KEYS", 13, R"({"IOS":-2,"PHM":7,"MAC":"00:1A:2B:3C:4D:5E"})",
-         {{0, 6, 0x5E4D3C2B1A00ull}, {6, 1, 0}, {7, 1, 0xFE}, {12, 1, 7}}, {}},
-        {36, "VPP", 14, R"({"LV":"11.5","UV":"32","CE":3,"WLV":4,"WLE":5,"OT":600,"SDT":700})",
-         {{2, 2, 1150}, {4, 2, 3200}, {6, 1, 3}, {7, 1, 4}, {8, 1, 5}, {10, 2, 600}, {12, 2, 700}}, {{9, 10}}},
-        {44, "HMP", 8, R"({"HIO":18446744073709551615})", {{0, 8, ~0ull}}, {}},
-        {46, "SSP", 28, R"({"DS":1,"DAUE":2,"DDS":100000,"DAUT":3,"EDL":4,"SPO":300000})",
-         {{6, 1, 1}, {7, 1, 2}, {8, 4, 100000}, {18, 2, 3}, {20, 1, 0}, {21, 1, 4}, {24, 4, 300000}}, {{22, 24}}},
+    const std::string longName(130, 'n');
+    const SectionCase cases[] = {
+        {"", 3, "GS", 40, R"({"SET":[1,2,3,4,5,6,7],"BCOM":9})",
+         {{0, 1, 0}, {6, 2, 0}, {28, 1, 0}, {29, 6, 0x060504030201ull}, {35, 1, 0}, {37, 1, 9}, Kept(38, 40)}},
+        {"", 3, "GS", 40, R"({"SET":[1,2],"DLSM":70000,"AK":4294967295})",
+         {{6, 2, 4464}, {24, 4, 0xFFFFFFFFull}, {29, 2, 0x0201}, Kept(31, 35), Kept(38, 40)}},
+        {"", 4, "GSP", 28, R"({"VOL":300,"RCI":70000,"FHKE":7,"MME":8})",
+         {{0, 4, 0}, {7, 1, 44}, {22, 1, 0}, {23, 1, 7}, {24, 2, 4464}, {27, 1, 8}}},
+        {"", 5, "NIGHT", 21, R"({"EN":1,"TEN":2,"FSH":3,"FES":4,"FEN":5})",
+         {{0, 1, 1}, {7, 1, 2}, {14, 1, 3}, {19, 1, 4}, {20, 1, 5}}},
+        {"", 19, "VS", 84, R"({"VT":"Coach","VIN":"ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789WXYZ","LS":4,"ESW":5})",
+         {{9, 32, 0, "Coach"}, {41, 32, 0, "ABCDEFGHIJKLMNOPQRSTUVWXYZ012345"}, {73, 1, 4}, {80, 1, 5}, Kept(81, 84)}},
+        {"", 20, "PS", 244, R"({"IS":1,"MID":"M1","N":")" + longName + R"(","BCN":9,"VRN":"AB-1234"})",
+         {{18, 1, 1}, {19, 8, 0, "M1"}, {99, 128, 0, longName}, {227, 1, 9}, Kept(228, 231), {231, 12, 0, "AB-1234"},
+          Kept(243, 244)}},
+        {"entry 12 of HM would land on TM", 24, "HMIP", 32, R"({"MT":7,"HM":[1,2,3,4,5,6,7,8,9,10,11,70000,13]})",
+         {{0, 4, 7}, {4, 2, 1}, {24, 2, 11}, {26, 2, 4464}, {28, 4, 0}}},
+        {"", 24, "HMIP", 32, R"({"HM":[1,2]})", {{4, 4, 0x00020001}, Kept(8, 28), {28, 4, 0}}},
+        {"HM as an object", 24, "HMIP", 32, R"({"HM":{"0":1}})", {{0, 4, 0}, Kept(4, 28), {28, 4, 0}}},
+        {"", 27, "KEYS", 13, R"({"IOS":-2,"PHM":7,"MAC":"00:1A:2B:3C:4D:5E"})",
+         {{0, 6, 0x5E4D3C2B1A00ull}, {6, 1, 0}, {7, 1, 0xFE}, {12, 1, 7}}},
+        {"", 36, "VPP", 14, R"({"LV":"11.5","UV":"32","CE":3,"WLV":4,"WLE":5,"OT":600,"SDT":700})",
+         {{2, 2, 1150}, {4, 2, 3200}, {6, 1, 3}, {7, 1, 4}, {8, 1, 5}, Kept(9, 10), {10, 2, 600}, {12, 2, 700}}},
+        {"", 44, "HMP", 8, R"({"HIO":18446744073709551615})", {{0, 8, ~0ull}}},
+        {"", 46, "SSP", 28, R"({"DS":1,"DAUE":2,"DDS":100000,"DAUT":3,"EDL":4,"SPO":300000})",
+         {{6, 1, 1}, {7, 1, 2}, {8, 4, 100000}, {18, 2, 3}, {20, 1, 0}, {21, 1, 4}, Kept(22, 24), {24, 4, 300000}}},
     };
-    for (const auto& c : cases) {
-        std::vector<unsigned char> record(c.size, kSentinel);
-        LogCapture log;
-        EXPECT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(c.type), Doc(c.key, c.section), record.data()), 0);
-        ExpectFields(record.data(), c.size, c.fields, c.section, false);
-        for (const auto& [from, to] : c.untouched)
-            EXPECT_TRUE(Untouched(record.data(), from, to)) << c.section << " at " << from;
-        EXPECT_TRUE(log.lines().empty()) << c.key;
-    }
-}
-
-TEST(DeviceSections, EmptySectionWritesNothingAndOnlyGeneralSectionsLog)
-{
-    const struct {
-        int type;
-        const char* key;
-        size_t size;
-        const char* function = nullptr; // nullptr: silent
-        const char* message = nullptr;
-    } sections[] = {
-        {3, "GS", 40, "ParsePBTGeneralParamJson", "empty param json : GS!\n"},
-        {4, "GSP", 28, "ParseGeneralParamJson", "empty param json : GSP!\n"},
-        {5, "NIGHT", 21}, {19, "VS", 84}, {20, "PS", 244}, {24, "HMIP", 32}, {27, "KEYS", 13}, {36, "VPP", 14},
-        {44, "HMP", 8}, {46, "SSP", 28},
-    };
-    for (const auto& s : sections) {
-        const Json::Value docs[] = {Doc(s.key, "{}"), Doc(s.key, "[]"), Doc(s.key, "null"),
-                                    Doc("OTHER", R"({"CM":1})"), Json::Value("not an object")};
-        for (const Json::Value& doc : docs) {
-            std::vector<unsigned char> record(s.size, kSentinel);
-            LogCapture log;
-            EXPECT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(s.type), doc, record.data()), -1) << s.key;
-            EXPECT_TRUE(Untouched(record.data(), 0, s.size)) << s.key;
-            ASSERT_EQ(log.lines().size(), s.function ? 1u : 0u) << s.key;
-            if (s.function) {
-                const ToolkitHost::LogLine& line = log.lines()[0];
-                EXPECT_EQ(line.level, 0);
-                EXPECT_EQ(line.file, "basicservice/basebusiness/BSCommonLibrary/src/CommonParaAdapter");
-                EXPECT_EQ(line.function, s.function);
-                EXPECT_EQ(line.message, s.message);
-            }
-        }
-    }
+    for (const SectionCase& c : cases)
+        ExpectSection({c.what, c.type, c.key, c.size, c.section, c.fields, {}, false});
 }
 
 TEST(KeySection, MacTextGivesSixBytesWithinItsTwentyCharacters)

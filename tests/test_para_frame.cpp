@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <new>
 
 using namespace paratest;
@@ -236,26 +237,93 @@ TEST(Dispatcher, BoundariesAndTheirMessages)
     }
 }
 
-// Every type from 0 to 51 has its parser; 52 to 60 are reserved.
-TEST(Dispatcher, EveryTypeHasItsParserAndEveryParserIsReached)
+namespace {
+
+// Each section's parser, found through the dispatcher, answers an empty,
+// absent or null section with -1, leaves the record alone, and logs exactly
+// its line or nothing. Types 0 to 51 all have their row, in order.
+struct EmptySection {
+    int type;
+    const char* key;
+    Lines logged;
+};
+
+const EmptySection kEmptySections[] = {
+    {0, "ATP", {{"ParseAdjustTimeParamJson", "empty param json: ATP\n"}}},
+    {1, "TIMEP", {{"ParseTimeSettingParamJson", "empty param json: TIMEP\n"}}},
+    {2, "AREA", {{"ParseAreaAlarmParamJson", "empty param json : AREA!\n"}}},
+    {3, "GS", {{"ParsePBTGeneralParamJson", "empty param json : GS!\n"}}},
+    {4, "GSP", {{"ParseGeneralParamJson", "empty param json : GSP!\n"}}},
+    {5, "NIGHT", {}}, {6, "SAP", {}}, {7, "ARLM", {}}, {8, "FTPS", {}}, {9, "FTPEX", {}}, {10, "MAIN", {}},
+    {11, "AR", {}}, {12, "SUBSTRNET", {}}, {13, "RIP", {}}, {14, "IOP", {}}, {15, "EOSD", {}}, {16, "RP", {}},
+    {17, "M3G", {}}, {18, "MCMS", {}}, {19, "VS", {}}, {20, "PS", {}}, {21, "PSI", {}}, {22, "ETHERNET", {}},
+    {23, "REDEV", {}}, {24, "HMIP", {}}, {25, "PGDS", {}}, {26, "VTFS", {}}, {27, "KEYS", {}}, {28, "MNTFTP", {}},
+    {29, "ACC", {}}, {30, "PMDAS", {}}, {31, "PVSAS", {}}, {32, "PVLAS", {}}, {33, "UAP", {}}, {34, "PSNAP", {}},
+    {35, "DSP", {}}, {36, "VPP", {}}, {37, "PCAS", {}}, {38, "PHAS", {}}, {39, "PVTSAS", {}}, {40, "TPP", {}},
+    {41, "STMPA", {}}, {42, "FDAS", {}}, {43, "TPAS", {}}, {44, "HMP", {}}, {45, "FAS", {}}, {46, "SSP", {}},
+    {47, "PSS", {}}, {48, "CAN", {}}, {49, "PEN", {}}, {50, "DOSD", {}}, {51, "DSM", {}},
+};
+
+Json::Value Example()
 {
-    std::vector<bool> registered(52, false);
-#define PARA_MARK(type, key, parser, record) registered[type] = true;
-    PARA_TYPES(PARA_MARK)
-#undef PARA_MARK
-    const Json::Value empty(Json::objectValue);
-    for (int type = 0; type < 52; ++type) {
-        LogCapture log;
-        // A parser given an empty document fails without touching the record;
-        // the buffer is large enough for any record type.
-        std::vector<unsigned char> buffer(64 * 1024, kSentinel);
-        EXPECT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(type), empty, buffer.data()), -1) << type;
-        EXPECT_TRUE(Untouched(buffer.data(), 0, buffer.size())) << type;
-        const std::string unrealized = "Unrealized parameter: " + std::to_string(type) + "!!!\n";
-        const bool saidUnrealized = !log.lines().empty() && log.lines()[0].message == unrealized;
-        EXPECT_TRUE(registered[type]) << type;
-        EXPECT_FALSE(saidUnrealized) << type;
+    std::ifstream file(std::string(EXAMPLES_DIR) + "/mdvr_parameters.json");
+    std::stringstream text;
+    text << file.rdbuf();
+    return paratest::Json(text.str());
+}
+
+} // namespace
+
+TEST(Dispatcher, EmptyOrAbsentSectionOfEveryType)
+{
+    std::vector<size_t> sizes(52, 0);
+#define PARA_SIZE(type, sectionKey, parser, record)                                                                   \
+    sizes[type] = sizeof(record);                                                                                     \
+    EXPECT_STREQ(kEmptySections[type].key, sectionKey);
+    PARA_TYPES(PARA_SIZE)
+#undef PARA_SIZE
+    // Absent: the example with every other section, none of which may be read.
+    const Json::Value example = Example();
+    ASSERT_EQ(std::size(kEmptySections), 52u);
+    for (size_t i = 0; i < 52; ++i) {
+        const EmptySection& s = kEmptySections[i];
+        ASSERT_EQ(s.type, int(i));
+        ASSERT_NE(sizes[i], 0u) << s.key << " has no parser";
+        Json::Value others = example;
+        others["PARAMETER"]["MDVR"].removeMember(s.key);
+        const Json::Value docs[] = {Doc(s.key, "{}"), Doc(s.key, "[]"), Doc(s.key, "null"), others,
+                                    Json::Value(Json::objectValue), Json::Value("not an object")};
+        for (const Json::Value& doc : docs) {
+            std::vector<unsigned char> record(sizes[i] + 64, kSentinel);
+            LogCapture log;
+            EXPECT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(s.type), doc, record.data()), -1) << s.key;
+            EXPECT_TRUE(Untouched(record.data(), 0, record.size())) << s.key;
+            EXPECT_EQ(Logged(log), s.logged) << s.key;
+        }
     }
+}
+
+// The sub-record parsers, called directly by clients, refuse an empty or null
+// object with their own line and write nothing.
+TEST(SubRecordParsers, EmptyObjectIsReportedAndWritesNothing)
+{
+    const auto check = [](auto parse, auto record, const Line& line) {
+        for (const char* json : {"{}", "[]", "null"}) {
+            LogCapture log;
+            EXPECT_EQ(parse(paratest::Json(json), *record), -1) << line.first << " " << json;
+            EXPECT_TRUE(Untouched(record.get(), 0, sizeof *record)) << line.first << " " << json;
+            EXPECT_EQ(Logged(log), Lines{line}) << line.first << " " << json;
+        }
+    };
+    check(ParseAlarmLinkRecord, Sentinel<alarmLinkRecord_t>(), kNoLinkRecord);
+    check(ParseAlarmLinkSnapShot, Sentinel<alarmLinkSnapShot>(), kNoLinkSnap);
+    check(ParseAlarmLinkOutput, Sentinel<alarmLinkOutput_t>(), kNoLinkOutput);
+    check(ParseAlarmLinkProcess, Sentinel<alarmLinkProcess_t>(), kNoLink);
+    check(ParseAlarmPlan, Sentinel<alarmPlan_t>(), kNoPlan);
+    check(ParseCommonSnapPara, Sentinel<CommonSnapPara_t>(), kNoSnapPara);
+    check(ParseBoHaoParamJson, Sentinel<paramBoHaoParam_t>(), kNoProfile);
+    check(ParseGDSAlarmThresh1, Sentinel<paramAlarmThresh1_t>(), kNoThresh1);
+    check(ParseGDSAlarmThresh2, Sentinel<paramAlarmThresh2_t>(), kNoThresh2);
 }
 
 TEST(Dispatcher, NullRecordIsRefused)
@@ -369,33 +437,6 @@ TEST(TimeSections, MissingKeysAreWrittenAsZero)
         EXPECT_EQ(At<uint32_t>(r.get(), off), 0u) << off;
     EXPECT_EQ(Text(r.get(), 4, 16), "");
     EXPECT_TRUE(Untouched(r.get(), 2, 4) && Untouched(r.get(), 27, 32) && Untouched(r.get(), 42, 44));
-}
-
-TEST(TimeSections, EmptySectionsAreReportedAndLeaveTheRecord)
-{
-    struct {
-        const char* key;
-        std::function<int(const Json::Value&, void*)> parse;
-        size_t size;
-        const char* function;
-    } sections[] = {
-        {"ATP", [](const Json::Value& d, void* r) { return ParseAdjustTimeParamJson(d, *static_cast<tag_MsgAdjustTimeSetting*>(r)); },
-         sizeof(tag_MsgAdjustTimeSetting), "ParseAdjustTimeParamJson"},
-        {"TIMEP", [](const Json::Value& d, void* r) { return ParseTimeSettingParamJson(d, *static_cast<tag_MsgTimeSetting*>(r)); },
-         sizeof(tag_MsgTimeSetting), "ParseTimeSettingParamJson"},
-    };
-    for (const auto& s : sections) {
-        for (const char* body : {"{}", "null", "[]"}) {
-            std::vector<unsigned char> record(s.size, kSentinel);
-            LogCapture log;
-            EXPECT_EQ(s.parse(Doc(s.key, body), record.data()), -1);
-            EXPECT_TRUE(Untouched(record.data(), 0, s.size));
-            ASSERT_EQ(log.lines().size(), 1u);
-            EXPECT_EQ(log.lines()[0].message, std::string("empty param json: ") + s.key + "\n");
-            EXPECT_EQ(log.lines()[0].function, s.function);
-            EXPECT_EQ(log.lines()[0].level, 0);
-        }
-    }
 }
 
 // The walk finds members through an index of each object: small objects are
@@ -594,10 +635,7 @@ void operator delete(void* p, size_t) noexcept { std::free(p); }
 
 TEST(RecordDescriptions, ParsingTheExampleAllocatesNothing)
 {
-    std::ifstream file(std::string(EXAMPLES_DIR) + "/mdvr_parameters.json");
-    std::stringstream text;
-    text << file.rdbuf();
-    const Json::Value doc = paratest::Json(text.str());
+    const Json::Value doc = Example();
     std::vector<unsigned char> record(64 * 1024);
     int parsed = 0;
 #define PARA_PARSE_PRESENT(type, key, parser, rec)                                   \

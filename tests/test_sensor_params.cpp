@@ -8,63 +8,11 @@ using ToolkitHost::LogCapture;
 
 namespace {
 
-const Line kNoThresh1{"ParseGDSAlarmThresh1", "empty json when parse paramAlarmThresh1_t!\n"};
-const Line kNoThresh2{"ParseGDSAlarmThresh2", "empty json when parse paramAlarmThresh2_t!\n"};
-const Line kNoLink{"ParseAlarmLinkProcess", "empty json when parse alarm link process!\n"};
-const Lines kLinkWithoutSubRecords = {{"ParseAlarmLinkRecord", "empty json when parse alarm link record!\n"},
-                                      {"ParseAlarmLinkSnapShot", "empty json when parse alarm link snap shot!\n"},
-                                      {"ParseAlarmLinkOutput", "empty json when parse alarm link output!\n"}};
-
-template <class T> std::vector<T> operator+(std::vector<T> a, const std::vector<T>& b)
-{
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-Lines Times(size_t n, const Line& line) { return Lines(n, line); }
-
-// Fields (or, with value 0, runs of bytes written as zero) of one array
-// entry, repeated for entries [0, count) at `base` + `stride` i.
-typedef std::vector<FieldValue> Fields;
-Fields Entries(const Fields& fields, size_t base, size_t stride, size_t count)
-{
-    Fields out;
-    for (size_t i = 0; i < count; ++i)
-        for (FieldValue f : fields) {
-            f.offset += base + stride * i;
-            out.push_back(f);
-        }
-    return out;
-}
-
-// A JSON array of `n` copies of `element`.
-std::string Repeat(const std::string& element, int n)
-{
-    std::string list = "[";
-    for (int i = 0; i < n; ++i)
-        list += (i ? "," : "") + element;
-    return list + "]";
-}
-
 unsigned long long F32(float value)
 {
     unsigned int bits;
     std::memcpy(&bits, &value, sizeof bits);
     return bits;
-}
-
-// The whole record compared with the sentinel with `zeros`, then `fields`,
-// laid over it.
-void ExpectRecord(const void* record, size_t size, const Fields& zeros, const Fields& fields, const std::string& what)
-{
-    std::string want(size, char(kSentinel));
-    for (const Fields* list : {&zeros, &fields})
-        for (const FieldValue& f : *list)
-            want.replace(f.offset, f.size, ExpectedBytes(f));
-    const std::string got(reinterpret_cast<const char*>(record), size);
-    const size_t at = std::mismatch(got.begin(), got.end(), want.begin()).first - got.begin();
-    if (at < size)
-        ADD_FAILURE() << what << ": byte " << at << " is " << int(Bytes(record)[at]) << ", expected "
-                      << int(static_cast<unsigned char>(want[at]));
 }
 
 // The scalar fields of each record, written (as 0 when their key is absent)
@@ -80,147 +28,102 @@ const Fields kDsmEntry = {{0, 2, 0}, {6, 1, 0}};
 
 // An "APR" of {"SU":9} at `at`: its direct scalars are written, "CH" and the
 // three embedded records keep the caller's bytes.
-const Fields LinkScalars(size_t at) { return {{at + 28, 4, 0}, {at + 48, 8, 0}}; }
-const Fields LinkSu(size_t at) { return {{at + 28, 1, 9}}; }
+Fields Link(size_t at) { return {{at + 28, 4, 9}, {at + 48, 8, 0}}; }
 
 const std::string k32(32, 'c');
 const std::string k20 = "0123456789abcdefghij";
 
-struct Row {
-    const char* what;
-    int type;
-    const char* key;
-    size_t size;
-    std::string section;
-    Fields zeros;
-    Fields fields;
-    Lines logged;
-};
+} // namespace
 
-const std::vector<Row>& Rows()
+// Through the dispatcher: the fields written as zero, those with values over
+// them, every other byte still the sentinel.
+TEST(SensorSections, EveryRecordByteExact)
 {
-    static const std::vector<Row> rows = {
+    const SectionCase cases[] = {
         {"green: arrays up to their bound, floats from numbers and text, signed and narrowed fields, no ATH2", 25,
          "PGDS", 432,
          R"({"PFS":{"FAH":[1,2,3],"FM":[1,2,3,4,5,6,7,8,9,10],"RM":7},"PGS":{"M":12.5,"F":"3.25","MC":"fast","FC":-0.5},)"
          R"("PLDS":{"CD":-2,"CA":-32768,"VW":70000,"NP":1,"SL":2,"CSS":3},"ATE":4000000000,"FUE":300,)"
          R"("ATH1":{"PLGR":-3,"SUXAL":1}})",
-         kGreenScalars + Fields{{218, 52, 0}},
-         {{156, 3, 0x030201}, {164, 8, 0x0004000300020001ull}, {172, 8, 0x0008000700060005ull}, {180, 1, 7},
-          {184, 4, F32(12.5f)}, {188, 4, F32(3.25f)}, {196, 4, F32(-0.5f)}, {100, 2, 4464}, {104, 2, 0xFFFE},
-          {112, 2, 0x8000}, {114, 1, 1}, {116, 1, 2}, {120, 1, 3}, {212, 4, 4000000000u}, {276, 1, 44}, {218, 2, 1},
-          {268, 2, 0xFFFD}},
+         kGreenScalars + Fields{{218, 52, 0}, {156, 3, 0x030201}, {164, 8, 0x0004000300020001ull},
+                                {172, 8, 0x0008000700060005ull}, {180, 1, 7}, {184, 4, F32(12.5f)}, {188, 4, F32(3.25f)},
+                                {196, 4, F32(-0.5f)}, {100, 2, 4464}, {104, 2, 0xFFFE}, {112, 2, 0x8000}, {114, 1, 1},
+                                {116, 1, 2}, {120, 1, 3}, {212, 4, 4000000000u}, {276, 1, 44}, {218, 2, 1},
+                                {268, 2, 0xFFFD}},
          {kNoThresh2}},
         {"green: arrays of another kind keep the entries, groups of another kind read as absent, ATH1 no object", 25,
          "PGDS", 432,
          R"({"PFS":{"FAH":5,"FM":{"0":1}},"PSS":[1,2],"PGS":"12.5","ATH1":"t",)"
          R"("ATH2":{"ITL4":300,"CTHT":7,"CTHR":9,"OSL5":-1,"RL8":70000,"EFT":"5"}})",
-         kGreenScalars + Fields{{218, 52, 0}, {280, 149, 0}},
-         {{280 + 148, 1, 44}, {280 + 16, 2, 7}, {280 + 12, 2, 9}, {280 + 103, 1, 0xFF}, {280 + 118, 2, 4464}},
-         {}},
-        {"green: no threshold objects", 25, "PGDS", 432, R"({"SUI":1})", kGreenScalars, {{216, 2, 1}},
+         kGreenScalars + Fields{{218, 52, 0}, {280, 149, 0}, {280 + 148, 1, 44}, {280 + 16, 2, 7}, {280 + 12, 2, 9},
+                                {280 + 103, 1, 0xFF}, {280 + 118, 2, 4464}}},
+        {"green: no threshold objects", 25, "PGDS", 432, R"({"SUI":1})", kGreenScalars + Fields{{216, 2, 1}},
          {kNoThresh1, kNoThresh2}},
 
         {"accel: calibration texts in tenths, truncated and kept to 16 bits; SDT at 148", 29, "ACC", 152,
          R"({"EN":1,"AS":2,"VT":3,"AN":"Harsh acceleration","AO":"OUT1","SDT":3,)"
          R"("ACP":{"TX":"2.5","TY":"1.27","TZ":"7000","SX":70000,"SY":2,"SZ":3,"ADJACC":1}})",
-         kAccelScalars,
-         {{0, 3, 0x030201}, {8, 32, 0, "Harsh acceleration"}, {40, 16, 0, "OUT1"}, {124, 2, 25}, {126, 2, 12},
-          {128, 2, 4464}, {130, 2, 4464}, {132, 4, 0x00030002}, {136, 1, 1}, {148, 1, 3}},
+         kAccelScalars + Fields{{0, 3, 0x030201}, {8, 32, 0, "Harsh acceleration"}, {40, 16, 0, "OUT1"}, {124, 2, 25},
+                                {126, 2, 12}, {128, 2, 4464}, {130, 2, 4464}, {132, 4, 0x00030002}, {136, 1, 1},
+                                {148, 1, 3}},
          {kNoLink}},
         {"accel: a number is no text, negative gives 0, only 16 characters count", 29, "ACC", 152,
-         R"({"ACP":{"TX":2.5,"TY":"-3","TZ":"0000000000000012.5","SX":"5"}})", kAccelScalars, {{128, 2, 120}},
+         R"({"ACP":{"TX":2.5,"TY":"-3","TZ":"0000000000000012.5","SX":"5"}})", kAccelScalars + Fields{{128, 2, 120}},
          {kNoLink}},
-        {"accel: no ACP, linkage at 56", 29, "ACC", 152, R"({"APR":{"SU":9}})", kAccelScalars + LinkScalars(56),
-         LinkSu(56), kLinkWithoutSubRecords},
+        {"accel: no ACP, linkage at 56", 29, "ACC", 152, R"({"APR":{"SU":9}})", kAccelScalars + Link(56),
+         kLinkWithoutRecords},
         {"collide: texts at and above their size", 37, "PCAS", 128,
-         R"({"SDT":4,"CN":")" + k32 + R"(","CO":")" + k20 + R"(","STS":1,"TTS":300})", kCollideScalars,
-         {{3, 1, 4}, {8, 32, 0, k32.c_str()}, {40, 16, 0, k20.c_str()}, {124, 1, 1}, {125, 1, 44}}, {kNoLink}},
+         R"({"SDT":4,"CN":")" + k32 + R"(","CO":")" + k20 + R"(","STS":1,"TTS":300})",
+         kCollideScalars + Fields{{3, 1, 4}, {8, 32, 0, k32}, {40, 16, 0, k20}, {124, 1, 1}, {125, 1, 44}}, {kNoLink}},
         {"hit: HA 16 bits, empty text", 38, "PHAS", 128, R"({"HA":65535,"HN":"","HO":"Hit","SDT":2})",
-         kCollideScalars, {{3, 1, 2}, {40, 16, 0, "Hit"}, {124, 2, 0xFFFF}}, {kNoLink}},
-        {"hit: linkage at 56", 38, "PHAS", 128, R"({"APR":{"SU":9}})", kCollideScalars + LinkScalars(56), LinkSu(56),
-         kLinkWithoutSubRecords},
+         kCollideScalars + Fields{{3, 1, 2}, {40, 16, 0, "Hit"}, {124, 2, 0xFFFF}}, {kNoLink}},
+        {"hit: linkage at 56", 38, "PHAS", 128, R"({"APR":{"SU":9}})", kCollideScalars + Link(56),
+         kLinkWithoutRecords},
 
         {"stance: three elements, one no object", 39, "PVTSAS", 1544,
          R"([{"NE":1,"SDT":2,"TIO":3,"AN":"Tilt"},5,{"APR":{"SU":9}}])",
-         Entries(kStanceEntry, 8, 128, 3) + LinkScalars(8 + 256 + 56),
-         Fields{{8, 1, 1}, {8 + 124, 1, 2}, {8 + 7, 1, 3}, {8 + 8, 32, 0, "Tilt"}} + LinkSu(8 + 256 + 56),
-         Times(2, kNoLink) + kLinkWithoutSubRecords},
-        {"stance: thirteen elements, twelve read", 39, "PVTSAS", 1544, Repeat(R"({"NE":1})", 13),
-         Entries(kStanceEntry, 8, 128, 12), Entries({{0, 1, 1}}, 8, 128, 12), Times(12, kNoLink)},
-        {"stance: an object reads no entry", 39, "PVTSAS", 1544, R"({"NE":1})", {}, {}, {}},
+         Entries(kStanceEntry, 8, 128, 3) + Link(8 + 256 + 56) +
+             Fields{{8, 1, 1}, {8 + 124, 1, 2}, {8 + 7, 1, 3}, {8 + 8, 32, 0, "Tilt"}},
+         Lines(2, kNoLink) + kLinkWithoutRecords},
+        {"stance: thirteen elements, twelve read", 39, "PVTSAS", 1544, List(R"({"NE":1})", 13),
+         Entries(kStanceEntry + Fields{{0, 1, 1}}, 8, 128, 12), Lines(12, kNoLink)},
+        {"stance: an object reads no entry", 39, "PVTSAS", 1544, R"({"NE":1})", {}},
 
         {"tyres: entries and RI up to their bounds, a name of 15 characters and more", 40, "TPP", 900,
          R"({"TSP":[{"LP":300,"HP":500},{"RI":[1,2,3,4],"HT":7}],"TRP":[{"RI":[9],"RP":1,"EN":2},{},{},{"EN":5}],)"
          R"("TTR":[{"N":"front-left-outer","P":1},{"P":2}],"TVC":6})",
          kTyreScalars + Entries({{3, 5, 0}}, 0, 8, 2) + Entries({{3, 2, 0}}, 296, 8, 3) +
-             Entries({{0, 16, 0}}, 320, 16, 2),
-         {{4, 2, 300}, {6, 2, 500}, {8, 3, 0x030201}, {11, 1, 7}, {296, 1, 9}, {299, 1, 1}, {300, 1, 2},
-          {320, 15, 0, "front-left-outer"}, {335, 1, 1}, {351, 1, 2}, {896, 1, 6}},
-         {}},
+             Entries({{0, 16, 0}}, 320, 16, 2) +
+             Fields{{4, 2, 300}, {6, 2, 500}, {8, 3, 0x030201}, {11, 1, 7}, {296, 1, 9}, {299, 1, 1}, {300, 1, 2},
+                    {320, 15, 0, "front-left-outer"}, {335, 1, 1}, {351, 1, 2}, {896, 1, 6}}},
         {"tyres: 37 positions, 36 read; RI and TTR of another kind", 40, "TPP", 900,
-         R"({"TSP":)" + Repeat(R"({"HT":1,"RI":{"0":1}})", 37) + R"(,"TTR":"x","TTP":{"AL":2}})",
-         kTyreScalars + Entries({{3, 5, 0}}, 0, 8, 36), Entries({{3, 1, 1}}, 0, 8, 36) + Fields{{292, 1, 2}},
-         {}},
+         R"({"TSP":)" + List(R"({"HT":1,"RI":{"0":1}})", 37) + R"(,"TTR":"x","TTP":{"AL":2}})",
+         kTyreScalars + Entries({{3, 5, 0}, {3, 1, 1}}, 0, 8, 36) + Fields{{292, 1, 2}}},
 
         {"temperature: two elements, linkage at 56 of each", 41, "STMPA", 780,
          R"([{"EN":1,"UIT":4000000000,"SNM":"Cargo","SOD":"ALARM","APR":{"SU":9}},{"IWD":5}])",
-         Entries(kTempEntry, 0, 156, 2) + LinkScalars(56),
-         Fields{{0, 1, 1}, {4, 4, 4000000000u}, {8, 32, 0, "Cargo"}, {40, 16, 0, "ALARM"}, {156 + 126, 1, 5}} + LinkSu(56),
-         kLinkWithoutSubRecords + Lines{kNoLink}},
-        {"temperature: six elements, five read", 41, "STMPA", 780, Repeat(R"({"HTTD":1})", 6),
-         Entries(kTempEntry, 0, 156, 5), Entries({{124, 1, 1}}, 0, 156, 5), Times(5, kNoLink)},
-        {"temperature: an object reads no entry", 41, "STMPA", 780, R"({"EN":1})", {}, {}, {}},
+         Entries(kTempEntry, 0, 156, 2) + Link(56) +
+             Fields{{0, 1, 1}, {4, 4, 4000000000u}, {8, 32, 0, "Cargo"}, {40, 16, 0, "ALARM"}, {156 + 126, 1, 5}},
+         kLinkWithoutRecords + Lines{kNoLink}},
+        {"temperature: six elements, five read", 41, "STMPA", 780, List(R"({"HTTD":1})", 6),
+         Entries(kTempEntry + Fields{{124, 1, 1}}, 0, 156, 5), Lines(5, kNoLink)},
+        {"temperature: an object reads no entry", 41, "STMPA", 780, R"({"EN":1})", {}},
 
         {"vehicle fault: signed and narrowed 16-bit fields", 26, "VTFS", 16,
-         R"({"TP":-5,"TV":70000,"VP":1,"VV":-1,"VAT":7})", {{0, 16, 0}},
-         {{0, 2, 0xFFFB}, {2, 2, 4464}, {8, 2, 1}, {10, 2, 0xFFFF}, {12, 4, 7}}, {}},
+         R"({"TP":-5,"TV":70000,"VP":1,"VV":-1,"VAT":7})",
+         {Zeros(0, 16), {0, 2, 0xFFFB}, {2, 2, 4464}, {8, 2, 1}, {10, 2, 0xFFFF}, {12, 4, 7}}},
         {"fuel", 45, "FAS", 68, R"({"BA":4000000000,"TS":70000,"FN":"Fuel tank","FO":")" + k20 + R"(","SDT":2,"CF":3})",
-         {{0, 63, 0}, {64, 4, 0}},
-         {{64, 4, 4000000000u}, {2, 2, 4464}, {4, 32, 0, "Fuel tank"}, {36, 16, 0, k20.c_str()}, {62, 1, 2}, {60, 2, 3}},
-         {}},
-        {"DSM: SST only", 51, "DSM", 964, R"({"SST":1})", {}, {{0, 1, 1}}, {}},
-        {"DSM: thirteen alarms, twelve read", 51, "DSM", 964, R"({"SST":2,"DSMA":)" + Repeat(R"({"EN":1,"SDT":2})", 13) + "}",
-         Entries(kDsmEntry, 4, 80, 12), Entries({{0, 1, 1}, {6, 1, 2}}, 4, 80, 12) + Fields{{0, 1, 2}},
-         Times(12, kNoLink)},
+         {Zeros(0, 63), {64, 4, 4000000000u}, {2, 2, 4464}, {4, 32, 0, "Fuel tank"}, {36, 16, 0, k20}, {62, 1, 2},
+          {60, 2, 3}}},
+        {"DSM: SST only", 51, "DSM", 964, R"({"SST":1})", {{0, 1, 1}}},
+        {"DSM: thirteen alarms, twelve read", 51, "DSM", 964, R"({"SST":2,"DSMA":)" + List(R"({"EN":1,"SDT":2})", 13) + "}",
+         Entries(kDsmEntry + Fields{{0, 1, 1}, {6, 1, 2}}, 4, 80, 12) + Fields{{0, 1, 2}}, Lines(12, kNoLink)},
         {"DSM: linkage at 12 of an alarm", 51, "DSM", 964, R"({"DSMA":[{"AS":3,"APR":{"SU":9}}]})",
-         Fields{{0, 1, 0}} + Entries(kDsmEntry, 4, 80, 1) + LinkScalars(4 + 12), Fields{{5, 1, 3}} + LinkSu(4 + 12),
-         kLinkWithoutSubRecords},
-        {"DSM: DSMA no array", 51, "DSM", 964, R"({"DSMA":{"EN":1}})", {{0, 1, 0}}, {}, {}},
+         Fields{{0, 1, 0}} + Entries(kDsmEntry, 4) + Link(4 + 12) + Fields{{5, 1, 3}}, kLinkWithoutRecords},
+        {"DSM: DSMA no array", 51, "DSM", 964, R"({"DSMA":{"EN":1}})", {{0, 1, 0}}},
     };
-    return rows;
-}
-
-} // namespace
-
-// Through the dispatcher, so that each type number reaches its own section.
-TEST(SensorSections, EveryRecordByteExact)
-{
-    for (const Row& r : Rows()) {
-        std::vector<unsigned char> record(r.size + 16, kSentinel);
-        LogCapture log;
-        EXPECT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(r.type), Doc(r.key, r.section), record.data()), 0) << r.what;
-        ExpectRecord(record.data(), record.size(), r.zeros, r.fields, r.what);
-        EXPECT_EQ(Logged(log), r.logged) << r.what;
-    }
-}
-
-TEST(SensorSections, EmptySectionWritesNothingAndLogsNothing)
-{
-    const std::pair<int, const char*> sections[] = {{25, "PGDS"}, {29, "ACC"}, {37, "PCAS"}, {38, "PHAS"},
-                                                    {39, "PVTSAS"}, {40, "TPP"}, {41, "STMPA"}, {26, "VTFS"},
-                                                    {45, "FAS"}, {51, "DSM"}};
-    for (const auto& [type, key] : sections) {
-        const Json::Value docs[] = {Doc(key, "{}"), Doc(key, "[]"), Doc(key, "null"), Doc("OTHER", R"({"EN":1})"),
-                                    Json::Value("not an object")};
-        for (const Json::Value& doc : docs) {
-            std::vector<unsigned char> record(2048, kSentinel);
-            LogCapture log;
-            EXPECT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(type), doc, record.data()), -1) << key;
-            EXPECT_TRUE(Untouched(record.data(), 0, record.size())) << key;
-            EXPECT_TRUE(log.lines().empty()) << key;
-        }
-    }
+    for (const SectionCase& c : cases)
+        ExpectSection(c);
 }
 
 namespace {
@@ -317,36 +220,23 @@ TEST(GDSThresholds, KeyFamiliesLandAtTheirOffsets)
     ExpectKeysAtOffsets<paramAlarmThresh2_t>(Thresh2Keys(), 1, ParseGDSAlarmThresh2);
 }
 
-// Called directly by a client with any kind of value: empty ones are refused
-// and logged, any other is read as an object (absent keys give 0).
+// Called directly by a client with any value that is not empty: read as an
+// object, absent keys give 0.
 TEST(GDSThresholds, EveryJsonKindDirectly)
 {
     const struct {
         const char* json;
-        int result;
-        std::vector<FieldValue> fields; // over zeros in the second record
+        Fields fields; // over zeros in the second record
     } cases[] = {
-        {"null", -1, {}}, {"{}", -1, {}}, {"[]", -1, {}},
-        {"5", 0, {}}, {R"("t")", 0, {}}, {"true", 0, {}}, {"[1]", 0, {}}, {R"({"X":1})", 0, {}},
-        {R"({"OSL5":5})", 0, {{103, 1, 5}}},
-        {R"({"CTHT":7,"CTHR":9})", 0, {{16, 2, 7}, {12, 2, 9}}},
-        {R"({"TTL":300,"RL1":70000,"ST":-1,"EFR":-2,"POCT":"5","APL3":1.5})", 0,
+        {"5", {}}, {R"("t")", {}}, {"true", {}}, {"[1]", {}}, {R"({"X":1})", {}},
+        {R"({"OSL5":5})", {{103, 1, 5}}},
+        {R"({"CTHT":7,"CTHR":9})", {{16, 2, 7}, {12, 2, 9}}},
+        {R"({"TTL":300,"RL1":70000,"ST":-1,"EFR":-2,"POCT":"5","APL3":1.5})",
          {{47, 1, 44}, {104, 2, 4464}, {44, 1, 0xFF}, {4, 2, 0xFFFE}}},
     };
     for (const auto& c : cases) {
-        auto one = Sentinel<paramAlarmThresh1_t>();
-        auto two = Sentinel<paramAlarmThresh2_t>();
-        LogCapture log;
-        EXPECT_EQ(ParseGDSAlarmThresh1(paratest::Json(c.json), *one), c.result) << c.json;
-        EXPECT_EQ(ParseGDSAlarmThresh2(paratest::Json(c.json), *two), c.result) << c.json;
-        EXPECT_EQ(Logged(log), c.result ? (Lines{kNoThresh1, kNoThresh2}) : Lines{}) << c.json;
-        if (c.result) {
-            EXPECT_TRUE(Untouched(one.get(), 0, sizeof *one)) << c.json;
-            EXPECT_TRUE(Untouched(two.get(), 0, sizeof *two)) << c.json;
-        } else {
-            ExpectRecord(one.get(), sizeof *one, {{0, 52, 0}}, {}, c.json);
-            ExpectRecord(two.get(), sizeof *two, {{0, 149, 0}}, c.fields, c.json);
-        }
+        ExpectParsed<paramAlarmThresh1_t>(ParseGDSAlarmThresh1, c.json, 0, {Zeros(0, 52)});
+        ExpectParsed<paramAlarmThresh2_t>(ParseGDSAlarmThresh2, c.json, 0, Fields{Zeros(0, 149)} + c.fields);
     }
 }
 
