@@ -7,13 +7,16 @@
 #                           libraries (multiarch) and qemu-user. Of ZeroMQ the
 #                           armhf build needs only the runtime library (headers
 #                           are the host's): libzmq3-dev:armhf would pull in a
-#                           chain of -dev packages for nothing.
+#                           chain of -dev packages for nothing. Also clang with
+#                           libFuzzer (fuzz targets), abigail-tools (ABI check),
+#                           pkg-config (consumer test).
 set -euo pipefail
 
 want=(cmake make g++ libjsoncpp-dev libgtest-dev libbenchmark-dev valgrind libzmq3-dev cppzmq-dev libcli11-dev
       python3-jsonschema)
 if [ "${1:-all}" = all ]; then
     want+=(g++-arm-linux-gnueabihf binutils-arm-linux-gnueabihf qemu-user libc6:armhf libjsoncpp-dev:armhf libgtest-dev:armhf libzmq5:armhf)
+    want+=(clang libclang-rt-14-dev abigail-tools pkg-config)
 fi
 
 run() { if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi; }
