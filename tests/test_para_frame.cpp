@@ -6,17 +6,15 @@
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
-#include <fstream>
 #include <functional>
 #include <iterator>
+#include <set>
 #include <new>
 
 using namespace paratest;
 using ToolkitHost::LogCapture;
 
 namespace {
-
-const char* const kAdapterFile = "basicservice/basebusiness/BSCommonLibrary/src/CommonParaAdapter";
 
 // Reads {"v": <json>}["v"] (or the absent key "w" when json is null) with a
 // reader and reports the stored value and the result.
@@ -107,22 +105,13 @@ TEST(JsonReaders, SixtyFourBitReadersTakeTheWholeRange)
                    {"1e19", true, "1e+19\n"}};
     for (const auto& c : refused) {
         LogCapture log;
-        int r;
-        if (c.isSigned) {
-            auto got = ReadIntegral<long long>(c.json, 42);
-            EXPECT_EQ(got.first, 42);
-            r = got.second;
-        } else {
-            auto got = ReadIntegral<unsigned long long>(c.json, 42);
-            EXPECT_EQ(got.first, 42u);
-            r = got.second;
-        }
+        const auto [value, r] = c.isSigned ? ReadIntegral<long long>(c.json, 42) : [&] {
+            const auto got = ReadIntegral<unsigned long long>(c.json, 42);
+            return std::pair<long long, int>(static_cast<long long>(got.first), got.second);
+        }();
+        EXPECT_EQ(value, 42) << c.json;
         EXPECT_EQ(r, -1) << c.json;
-        ASSERT_EQ(log.lines().size(), 1u) << c.json;
-        EXPECT_EQ(log.lines()[0].level, 0);
-        EXPECT_EQ(log.lines()[0].function, "GetJsonIntegral");
-        EXPECT_EQ(log.lines()[0].file, kAdapterFile);
-        EXPECT_EQ(log.lines()[0].message, std::string("Exception when parse json: ") + c.styled + "\n");
+        EXPECT_EQ(Logged(log), (Lines{{"GetJsonIntegral", std::string("Exception when parse json: ") + c.styled + "\n"}}));
     }
 }
 
@@ -224,16 +213,8 @@ TEST(Dispatcher, BoundariesAndTheirMessages)
         auto record = Sentinel<tag_MsgAdjustTimeSetting>();
         LogCapture log;
         EXPECT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(c.type), doc, record.get()), c.result) << c.type;
-        if (c.message) {
-            ASSERT_EQ(log.lines().size(), 1u) << c.type;
-            EXPECT_EQ(log.lines()[0].message, c.message);
-            EXPECT_EQ(log.lines()[0].level, 0);
-            EXPECT_EQ(log.lines()[0].function, "AdaptParaJson");
-            EXPECT_TRUE(Untouched(record.get(), 0, sizeof *record)) << c.type;
-        } else {
-            EXPECT_TRUE(log.lines().empty());
-            EXPECT_EQ(record->GE, 1);
-        }
+        EXPECT_EQ(Logged(log), (c.message ? Lines{{"AdaptParaJson", c.message}} : Lines{}));
+        EXPECT_EQ(c.message ? Untouched(record.get(), 0, sizeof *record) : record->GE == 1, true) << c.type;
     }
 }
 
@@ -264,13 +245,7 @@ const EmptySection kEmptySections[] = {
     {47, "PSS", {}}, {48, "CAN", {}}, {49, "PEN", {}}, {50, "DOSD", {}}, {51, "DSM", {}},
 };
 
-Json::Value Example()
-{
-    std::ifstream file(std::string(EXAMPLES_DIR) + "/mdvr_parameters.json");
-    std::stringstream text;
-    text << file.rdbuf();
-    return paratest::Json(text.str());
-}
+Json::Value Example() { return paratest::Json(Slurp(ExampleFile())); }
 
 } // namespace
 
@@ -389,54 +364,34 @@ TEST(ParseJsonMessage, DeepNestingIsRefusedNotOverflowed)
 
 // ---------------------------------------------------------------------------
 
-TEST(TimeSections, AdjustTimeByteByByte)
+TEST(TimeSections, EveryByteOfTheRecord)
 {
     auto r = Sentinel<tag_MsgAdjustTimeSetting>();
-    const std::string ns(70, 'n');
     EXPECT_EQ(ParseAdjustTimeParamJson(
-                  Doc("ATP", R"({"GE":1,"NE":2,"CE":300,"SID":4,"NAI":65537,"NS":")" + ns + R"("})"), *r),
+                  Doc("ATP", R"({"GE":1,"NE":2,"CE":300,"SID":4,"NAI":65537,"NS":")" + std::string(70, 'n') + R"("})"), *r),
               0);
-    EXPECT_EQ(At<uint8_t>(r.get(), 0), 1);
-    EXPECT_EQ(At<uint8_t>(r.get(), 1), 2);
-    EXPECT_EQ(At<uint8_t>(r.get(), 2), 44);
-    EXPECT_EQ(At<uint8_t>(r.get(), 3), 4);
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(r.get()) + 4, 64), std::string(64, 'n'));
-    EXPECT_EQ(At<uint16_t>(r.get(), 68), 1);
-}
+    ExpectFields(r.get(), sizeof *r, {{0, 1, 1}, {1, 1, 2}, {2, 1, 44}, {3, 1, 4}, {4, 64, 0, std::string(64, 'n')}, {68, 2, 1}},
+                 "ATP");
 
-TEST(TimeSections, TimeSettingByteByByte)
-{
-    auto r = Sentinel<tag_MsgTimeSetting>();
-    EXPECT_EQ(ParseTimeSettingParamJson(Doc("TIMEP", R"({
-        "DATEM":1,"TIMEM":2,"TIMEZ":"UTC+08:00 Beijing time","TIMEOFFSET":-480,
-        "DST":{"SW":1,"DSTM":2,"DSTS":3,"SMON":3,"SWEEK":17,"SWIND":20,"SH":2,"SM":3,"SS":4,
-               "EMON":10,"EWEEK":2,"EWIND":0,"EH":5,"EM":6,"ES":7,"STARTTIME":100,"ENDTIME":200}})"),
-                                        *r),
-              0);
-    const uint8_t bytes[][2] = {{0, 1},  {1, 2},   {24, 1}, {25, 2}, {26, 3}, {32, 3}, {33, 0x14},
-                                {34, 10}, {35, 0x20}, {36, 2}, {37, 3}, {38, 4}, {39, 5}, {40, 6}, {41, 7}};
-    for (const auto& b : bytes)
-        EXPECT_EQ(At<uint8_t>(r.get(), b[0]), b[1]) << "offset " << int(b[0]);
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(r.get()) + 4, 16), "UTC+08:00 Beijin");
-    EXPECT_EQ(At<uint32_t>(r.get(), 20), 0xFFFFFE20u);
-    EXPECT_EQ(At<uint32_t>(r.get(), 44), 100u);
-    EXPECT_EQ(At<uint32_t>(r.get(), 48), 200u);
-    EXPECT_TRUE(Untouched(r.get(), 2, 4));
-    EXPECT_TRUE(Untouched(r.get(), 27, 32));
-    EXPECT_TRUE(Untouched(r.get(), 42, 44));
-}
-
-TEST(TimeSections, MissingKeysAreWrittenAsZero)
-{
-    auto r = Sentinel<tag_MsgTimeSetting>();
-    EXPECT_EQ(ParseTimeSettingParamJson(Doc("TIMEP", R"({"DATEM":9})"), *r), 0);
-    EXPECT_EQ(r->DATEM, 9);
-    for (size_t off : {1, 24, 25, 26, 32, 33, 34, 35, 36, 37, 38, 39, 40, 41})
-        EXPECT_EQ(At<uint8_t>(r.get(), off), 0) << off;
-    for (size_t off : {20, 44, 48})
-        EXPECT_EQ(At<uint32_t>(r.get(), off), 0u) << off;
-    EXPECT_EQ(Text(r.get(), 4, 16), "");
-    EXPECT_TRUE(Untouched(r.get(), 2, 4) && Untouched(r.get(), 27, 32) && Untouched(r.get(), 42, 44));
+    // The time setting in full, and with every key but one missing: those are written as zero.
+    const Fields reserved = {Kept(2, 4), Kept(27, 32), Kept(42, 44)};
+    const struct {
+        std::string section;
+        Fields fields;
+    } cases[] = {
+        {R"({"DATEM":1,"TIMEM":2,"TIMEZ":"UTC+08:00 Beijing time","TIMEOFFSET":-480,
+             "DST":{"SW":1,"DSTM":2,"DSTS":3,"SMON":3,"SWEEK":17,"SWIND":20,"SH":2,"SM":3,"SS":4,
+                    "EMON":10,"EWEEK":2,"EWIND":0,"EH":5,"EM":6,"ES":7,"STARTTIME":100,"ENDTIME":200}})",
+         {{0, 1, 1},  {1, 1, 2},  {4, 16, 0, "UTC+08:00 Beijin"}, {20, 4, 0xFFFFFE20u}, {24, 1, 1}, {25, 1, 2},
+          {26, 1, 3}, {32, 1, 3}, {33, 1, 0x14}, {34, 1, 10}, {35, 1, 0x20}, {36, 1, 2}, {37, 1, 3}, {38, 1, 4},
+          {39, 1, 5}, {40, 1, 6}, {41, 1, 7},  {44, 4, 100}, {48, 4, 200}}},
+        {R"({"DATEM":9})", {{0, 1, 9}, Zeros(1, 2), Zeros(4, 27), Zeros(32, 42), Zeros(44, 52)}},
+    };
+    for (const auto& c : cases) {
+        auto t = Sentinel<tag_MsgTimeSetting>();
+        EXPECT_EQ(ParseTimeSettingParamJson(Doc("TIMEP", c.section), *t), 0);
+        ExpectFields(t.get(), sizeof *t, reserved + c.fields, c.section);
+    }
 }
 
 // The walk finds members through an index of each object: small objects are
@@ -518,47 +473,6 @@ std::vector<RegisteredType> AllTypes()
     };
 }
 
-// Splits "RCP[0].RSI[1][2].S" into "RCP", "[0]", "RSI", "[1]", "[2]", "S".
-std::vector<std::string> Components(const std::string& keys)
-{
-    std::vector<std::string> parts;
-    std::string cur;
-    for (char c : keys) {
-        if (c == '.' || c == '[') {
-            if (!cur.empty())
-                parts.push_back(cur);
-            cur = c == '[' ? "[" : "";
-        } else if (c == ']') {
-            parts.push_back(cur + "]");
-            cur.clear();
-        } else {
-            cur += c;
-        }
-    }
-    if (!cur.empty())
-        parts.push_back(cur);
-    return parts;
-}
-
-// Sets the value at a key path, creating objects and arrays on the way.
-void Put(Json::Value& at, const std::vector<std::string>& path, size_t from, const Json::Value& leaf)
-{
-    if (from == path.size()) {
-        at = leaf;
-        return;
-    }
-    const std::string& p = path[from];
-    if (p[0] == '[') {
-        if (!at.isArray())
-            at = Json::Value(Json::arrayValue);
-        Put(at[Json::ArrayIndex(std::stoul(p.substr(1)))], path, from + 1, leaf);
-    } else {
-        if (!at.isObject())
-            at = Json::Value(Json::objectValue);
-        Put(at[p], path, from + 1, leaf);
-    }
-}
-
 } // namespace
 
 TEST(RecordDescriptions, FieldsTileEveryRecordExactly)
@@ -582,28 +496,27 @@ TEST(RecordDescriptions, NoExceptionForAnyShapeAtAnyLevel)
 {
     const char* kinds[] = {"null", "true", "0", "-1", "1.5", "\"t\"", "[]", "[1]", "[[1]]", "{}", "{\"X\":1}", "[{}]"};
     for (const RegisteredType& t : AllTypes()) {
-        // Every distinct key path of the record, indices folded to [0] and [1].
-        std::vector<std::vector<std::string>> prefixes;
-        for (const para::FieldInfo& f : t.layout()) {
-            if (f.kind == para::Kind::Reserved)
-                continue;
-            std::vector<std::string> path = Components(f.keys);
-            for (size_t n = 0; n <= path.size(); ++n) {
-                std::vector<std::string> prefix(path.begin(), path.begin() + n);
-                bool folded = std::all_of(prefix.begin(), prefix.end(),
-                                          [](const std::string& p) { return p[0] != '[' || p == "[0]" || p == "[1]"; });
-                if (folded && std::find(prefixes.begin(), prefixes.end(), prefix) == prefixes.end())
-                    prefixes.push_back(prefix);
-            }
-        }
+        // Every distinct key path of the record ("RCP[0].RSI[1]" and its
+        // prefixes), indices folded to [0] and [1].
+        std::set<std::string> prefixes;
+        for (const para::FieldInfo& f : t.layout())
+            for (size_t n = 0; f.kind != para::Kind::Reserved && n <= f.keys.size(); ++n)
+                if (n == f.keys.size() || f.keys[n] == '.' || f.keys[n] == '[') {
+                    const std::string prefix = f.keys.substr(0, n);
+                    bool folded = true;
+                    for (size_t at = prefix.find('['); at != std::string::npos; at = prefix.find('[', at + 1))
+                        folded = folded && (prefix.compare(at, 3, "[0]") == 0 || prefix.compare(at, 3, "[1]") == 0);
+                    if (folded)
+                        prefixes.insert(prefix);
+                }
         for (const char* kind : kinds) {
             const Json::Value leaf = paratest::Json(std::string("[") + kind + "]")[0];
-            for (const auto& prefix : prefixes) {
+            for (const std::string& prefix : prefixes) {
                 Json::Value doc;
-                Put(doc, {"PARAMETER", "MDVR", t.key}, 0, Json::Value(Json::objectValue));
-                Put(doc["PARAMETER"]["MDVR"][t.key], prefix, 0, leaf);
+                Json::Value& section = doc["PARAMETER"]["MDVR"][t.key];
+                (prefix.empty() ? section : Json::Path(prefix).make(section)) = leaf;
                 LogCapture quiet;
-                EXPECT_NO_THROW(t.parse(doc)) << t.key << " with " << kind;
+                EXPECT_NO_THROW(t.parse(doc)) << t.key << " " << prefix << " with " << kind;
             }
         }
     }
