@@ -44,7 +44,7 @@ template <class T> void CheckIntegral(const std::vector<IntCase>& cases, T def)
 
 } // namespace
 
-TEST(JsonReaders, ThirtyTwoBitReadersStoreTheBitsAsTheyCome)
+TEST(JsonReaders, IntegralReadersStoreTheBitsAsTheyCome)
 {
     CheckIntegral<unsigned int>({{"7", 7, 0},
                                  {"-5", 4294967291LL, 0},
@@ -70,20 +70,14 @@ TEST(JsonReaders, ThirtyTwoBitReadersStoreTheBitsAsTheyCome)
                         {"2.5", -3, -1},
                         {nullptr, -3, -1}},
                        -3);
-}
-
-TEST(JsonReaders, NarrowReadersKeepTheLowBits)
-{
+    // Narrow readers keep the low bits.
     CheckIntegral<unsigned char>({{"300", 44, 0}, {"256", 0, 0}, {"-1", 255, 0}, {"1.5", 7, -1}, {nullptr, 7, -1}},
                                  7);
     CheckIntegral<signed char>({{"200", -56, 0}, {"-128", -128, 0}, {"\"1\"", -7, -1}}, -7);
     CheckIntegral<char>({{"-1", -1, 0}, {"65", 65, 0}, {"321", 65, 0}, {nullptr, 'x', -1}}, 'x');
     CheckIntegral<unsigned short>({{"70000", 4464, 0}, {"-1", 65535, 0}, {"4294967296", 11, -1}}, 11);
     CheckIntegral<short>({{"40000", -25536, 0}, {"-2", -2, 0}, {"false", 12, -1}}, 12);
-}
-
-TEST(JsonReaders, SixtyFourBitReadersTakeTheWholeRange)
-{
+    // Sixty-four-bit readers take the whole range.
     CheckIntegral<long long>({{"4294967296", 4294967296LL, 0},
                               {"-9223372036854775808", LLONG_MIN, 0},
                               {"2.0", 2, 0},
