@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
-#include <functional>
+#include <type_traits>
 #include <iterator>
 #include <set>
 #include <new>
@@ -40,6 +40,14 @@ template <class T> void CheckIntegral(const std::vector<IntCase>& cases, T def)
         EXPECT_EQ(value, static_cast<T>(c.expected)) << (c.json ? c.json : "(absent)");
         EXPECT_EQ(result, c.result) << (c.json ? c.json : "(absent)");
     }
+}
+
+// Calls visit(type, key, (record*)nullptr) for every registered type.
+template <class Visit> void ForEachType(Visit visit)
+{
+#define PARA_VISIT(type, key, parser, record) visit(type, key, static_cast<record*>(nullptr));
+    PARA_TYPES(PARA_VISIT)
+#undef PARA_VISIT
 }
 
 } // namespace
@@ -246,11 +254,10 @@ Json::Value Example() { return paratest::Json(Slurp(ExampleFile())); }
 TEST(Dispatcher, EmptyOrAbsentSectionOfEveryType)
 {
     std::vector<size_t> sizes(52, 0);
-#define PARA_SIZE(type, sectionKey, parser, record)                                                                   \
-    sizes[type] = sizeof(record);                                                                                     \
-    EXPECT_STREQ(kEmptySections[type].key, sectionKey);
-    PARA_TYPES(PARA_SIZE)
-#undef PARA_SIZE
+    ForEachType([&](int type, const char* key, auto* tag) {
+        sizes.at(type) = sizeof *tag;
+        EXPECT_STREQ(kEmptySections[type].key, key);
+    });
     // Absent: the example with every other section, none of which may be read.
     const Json::Value example = Example();
     ASSERT_EQ(std::size(kEmptySections), 52u);
@@ -423,65 +430,32 @@ TEST(RecordDescriptions, SparseArraysKeepTheirIndices)
 // ---------------------------------------------------------------------------
 // Properties of every registered record description.
 
-namespace {
-
-struct RegisteredType {
-    int type;
-    const char* key;
-    size_t size;
-    std::function<std::vector<para::FieldInfo>()> layout;
-    std::function<void(const Json::Value&)> parse; // into a sentinel record
-};
-
-template <class R> RegisteredType Register(int type, const char* key)
-{
-    return {type, key, sizeof(R),
-            [] {
-                auto r = Sentinel<R>();
-                return para::Layout(*r);
-            },
-            [type](const Json::Value& doc) {
-                auto r = Sentinel<R>();
-                AdaptParaJson(static_cast<_PARA_TYPE_>(type), doc, r.get());
-            }};
-}
-
-std::vector<RegisteredType> AllTypes()
-{
-    return {
-#define PARA_REGISTER(type, key, parser, record) Register<record>(type, key),
-        PARA_TYPES(PARA_REGISTER)
-#undef PARA_REGISTER
-    };
-}
-
-} // namespace
-
 TEST(RecordDescriptions, FieldsTileEveryRecordExactly)
 {
-    for (const RegisteredType& t : AllTypes()) {
-        std::vector<para::FieldInfo> fields = t.layout();
+    ForEachType([](int, const char* key, auto* tag) {
+        std::vector<para::FieldInfo> fields = para::Layout(*Sentinel<std::remove_pointer_t<decltype(tag)>>());
         std::sort(fields.begin(), fields.end(),
                   [](const para::FieldInfo& a, const para::FieldInfo& b) { return a.offset < b.offset; });
         size_t next = 0;
         for (const para::FieldInfo& f : fields) {
-            EXPECT_EQ(f.offset, next) << t.key << ": " << f.path << (f.offset < next ? " overlaps" : " leaves a gap");
+            EXPECT_EQ(f.offset, next) << key << ": " << f.path << (f.offset < next ? " overlaps" : " leaves a gap");
             next = f.offset + f.size;
         }
         // Tail padding of the record's alignment is the only thing left over.
-        EXPECT_LE(next, t.size) << t.key;
-        EXPECT_LT(t.size - next, 8u) << t.key << ": bytes after the last described field";
-    }
+        EXPECT_LE(next, sizeof *tag) << key;
+        EXPECT_LT(sizeof *tag - next, 8u) << key << ": bytes after the last described field";
+    });
 }
 
 TEST(RecordDescriptions, NoExceptionForAnyShapeAtAnyLevel)
 {
     const char* kinds[] = {"null", "true", "0", "-1", "1.5", "\"t\"", "[]", "[1]", "[[1]]", "{}", "{\"X\":1}", "[{}]"};
-    for (const RegisteredType& t : AllTypes()) {
+    ForEachType([&](int type, const char* key, auto* tag) {
+        using R = std::remove_pointer_t<decltype(tag)>;
         // Every distinct key path of the record ("RCP[0].RSI[1]" and its
         // prefixes), indices folded to [0] and [1].
         std::set<std::string> prefixes;
-        for (const para::FieldInfo& f : t.layout())
+        for (const para::FieldInfo& f : para::Layout(*Sentinel<R>()))
             for (size_t n = 0; f.kind != para::Kind::Reserved && n <= f.keys.size(); ++n)
                 if (n == f.keys.size() || f.keys[n] == '.' || f.keys[n] == '[') {
                     const std::string prefix = f.keys.substr(0, n);
@@ -495,13 +469,14 @@ TEST(RecordDescriptions, NoExceptionForAnyShapeAtAnyLevel)
             const Json::Value leaf = paratest::Json(std::string("[") + kind + "]")[0];
             for (const std::string& prefix : prefixes) {
                 Json::Value doc;
-                Json::Value& section = doc["PARAMETER"]["MDVR"][t.key];
+                Json::Value& section = doc["PARAMETER"]["MDVR"][key];
                 (prefix.empty() ? section : Json::Path(prefix).make(section)) = leaf;
                 LogCapture quiet;
-                EXPECT_NO_THROW(t.parse(doc)) << t.key << " " << prefix << " with " << kind;
+                auto r = Sentinel<R>();
+                EXPECT_NO_THROW(AdaptParaJson(static_cast<_PARA_TYPE_>(type), doc, r.get())) << key << " " << prefix << " with " << kind;
             }
         }
-    }
+    });
 }
 
 // ---------------------------------------------------------------------------
@@ -542,15 +517,13 @@ TEST(RecordDescriptions, ParsingTheExampleAllocatesNothing)
     const Json::Value doc = Example();
     std::vector<unsigned char> record(64 * 1024);
     int parsed = 0;
-#define PARA_PARSE_PRESENT(type, key, parser, rec)                                                                    \
-    if (!para::Section(doc, key).isNull() && ++parsed) {                                                              \
-        int result = -1;                                                                                              \
-        EXPECT_EQ(Allocations([&] { result = AdaptParaJson(static_cast<_PARA_TYPE_>(type), doc, record.data()); }), 0) \
-            << key;                                                                                                   \
-        EXPECT_EQ(result, 0) << key;                                                                                  \
-    }
-    PARA_TYPES(PARA_PARSE_PRESENT)
-#undef PARA_PARSE_PRESENT
+    ForEachType([&](int type, const char* key, auto*) {
+        if (para::Section(doc, key).isNull() || !++parsed)
+            return;
+        int result = -1;
+        EXPECT_EQ(Allocations([&] { result = AdaptParaJson(static_cast<_PARA_TYPE_>(type), doc, record.data()); }), 0) << key;
+        EXPECT_EQ(result, 0) << key;
+    });
     EXPECT_GE(parsed, 2);
 
     // Texts longer than any small-string buffer.
