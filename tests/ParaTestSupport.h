@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <fstream>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -33,11 +34,24 @@ inline Json::Value Json(const std::string& text)
     return value;
 }
 
-// {"PARAMETER":{"MDVR":{<key>: <section>}}} with the section given as JSON text.
-inline Json::Value Doc(const std::string& key, const std::string& section)
+// A whole file's bytes ("" when it cannot be read).
+inline std::string Slurp(const std::string& path)
 {
-    return Json(R"({"PARAMETER":{"MDVR":{")" + key + R"(":)" + section + "}}}");
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
 }
+
+// {"PARAMETER":{"MDVR":{<key>: <section>}}} with the section given as JSON text.
+inline std::string DocText(const std::string& key, const std::string& section)
+{
+    return R"({"PARAMETER":{"MDVR":{")" + key + R"(":)" + section + "}}}";
+}
+inline Json::Value Doc(const std::string& key, const std::string& section) { return Json(DocText(key, section)); }
+
+// The bundled example document.
+inline std::string ExampleFile() { return std::string(EXAMPLES_DIR) + "/mdvr_parameters.json"; }
 
 // A record on the heap (some are tens of kilobytes) with every byte 0xA5.
 template <class R> std::unique_ptr<R> Sentinel()

@@ -2,9 +2,9 @@
 // clients built on CMsgClientManage and the host libtoolkit, and mdvr-bus.
 #include "BusWire.h"
 #include "MsgClientManage.h"
+#include "ParaTestSupport.h"
 #include "ToolkitHost.h"
 
-#include <gtest/gtest.h>
 #include <zmq.hpp>
 
 #include <arpa/inet.h>
@@ -18,8 +18,8 @@
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <random>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -38,14 +38,6 @@ long long Now()
     return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
-std::string ReadFile(const std::string& path)
-{
-    std::ifstream in(path);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 pid_t Spawn(const std::string& command)
 {
     const pid_t pid = fork();
@@ -56,19 +48,21 @@ pid_t Spawn(const std::string& command)
     return pid;
 }
 
-// Waits up to `ms` for the process to end, then kills it. Its exit status,
-// or -1 when it had to be killed.
-int Reap(pid_t pid, int ms)
+// Waits up to `ms` for the process to end, calling `poll` meanwhile, then
+// kills it. Its exit status, or -1 when it had to be killed.
+template <class Poll> int Reap(pid_t pid, int ms, Poll poll)
 {
     int status = 0;
-    for (long long deadline = Now() + ms; Now() < deadline;) {
+    for (long long deadline = Now() + ms; Now() < deadline; poll())
         if (waitpid(pid, &status, WNOHANG) == pid)
             return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
     kill(pid, SIGKILL);
     waitpid(pid, &status, 0);
     return -1;
+}
+int Reap(pid_t pid, int ms)
+{
+    return Reap(pid, ms, [] { std::this_thread::sleep_for(std::chrono::milliseconds(5)); });
 }
 
 // One mdvr-busd with its standard output and error in files.
@@ -91,7 +85,7 @@ public:
                      " 2>>" + base_ + ".err");
         const std::string marker = "listening on tcp://127.0.0.1:";
         for (long long deadline = Now() + 5000 * kSlow; Now() < deadline;) {
-            const std::string text = ReadFile(out);
+            const std::string text = paratest::Slurp(out);
             const size_t at = text.find(marker);
             if (at != std::string::npos && text.find('\n', at) != std::string::npos) {
                 port_ = std::atoi(text.c_str() + at + marker.size());
@@ -112,7 +106,7 @@ public:
         pid_ = 0;
         return status;
     }
-    std::string Log() const { return ReadFile(base_ + ".err"); }
+    std::string Log() const { return paratest::Slurp(base_ + ".err"); }
     size_t Count(const std::string& text) const
     {
         const std::string log = Log();
@@ -137,6 +131,13 @@ struct Module {
     void On(const char* message, int length) { got.emplace_back(message, length); }
     Common::SMessageHead Head(size_t i) const { return BusWire::ReadHead(got.at(i).data()); }
     std::string Body(size_t i) const { return got.at(i).substr(BusWire::kHeadSize); }
+    // Message i's header fields but the client id, and its body.
+    std::string Seen(size_t i) const
+    {
+        const Common::SMessageHead h = Head(i);
+        return "source " + std::to_string(h.sourceId) + " session " + std::to_string(h.session) + " event " +
+               std::to_string(h.messageId) + " length " + std::to_string(h.length) + " " + Body(i);
+    }
 };
 
 // Lets every client take its messages until `done` or `ms` have passed.
@@ -196,13 +197,8 @@ TEST_F(Bus, RequestReachesEverySubscriberAndTheResponseOnlyTheRequestingModule)
 
     ASSERT_EQ(Send(requester, 0x42, "{\"Q\":1}", 0, 77, 5), 0);
     ASSERT_TRUE(Pump(all, 2000, [&] { return work1.got.size() + work2.got.size() + otherWork.got.size() == 3; }));
-    for (const Module* m : {&work1, &work2, &otherWork}) {
-        EXPECT_EQ(m->Head(0).sourceId, 5);
-        EXPECT_EQ(m->Head(0).session, 77);
-        EXPECT_EQ(m->Head(0).messageId, 0x42);
-        EXPECT_EQ(m->Head(0).length, 7u);
-        EXPECT_EQ(m->Body(0), "{\"Q\":1}");
-    }
+    for (const Module* m : {&work1, &work2, &otherWork})
+        EXPECT_EQ(m->Seen(0), "source 5 session 77 event 66 length 7 {\"Q\":1}");
     const unsigned short requesterId = work1.Head(0).flags;
     EXPECT_NE(requesterId, 0);
 
@@ -211,9 +207,7 @@ TEST_F(Bus, RequestReachesEverySubscriberAndTheResponseOnlyTheRequestingModule)
     ASSERT_TRUE(Pump(all, 2000, [&] { return !ask5.got.empty(); }));
     PumpFor(all, 100);
     ASSERT_EQ(ask5.got.size(), 1u);
-    EXPECT_EQ(ask5.Head(0).messageId, 0x8042);
-    EXPECT_EQ(ask5.Head(0).session, 77);
-    EXPECT_EQ(ask5.Body(0), "done");
+    EXPECT_EQ(ask5.Seen(0).substr(ask5.Seen(0).find(" session")), " session 77 event 32834 length 4 done");
     EXPECT_NE(ask5.Head(0).flags, requesterId); // the responder's client id
     EXPECT_TRUE(ask6.got.empty());
     EXPECT_TRUE(otherAnswer.got.empty());
@@ -273,8 +267,7 @@ TEST_F(Bus, ReportsAWatchdogOnceWhenItLapsesAndAgainWhenItIsFed)
         ASSERT_TRUE(Pump({&client}, 3000, [&] { return daemon.Count(lapse) == 2; })) << daemon.Log();
     }
     // Unregistered by the destructor: no more reports, and the list is empty.
-    dogs = Dogs();
-    EXPECT_EQ(dogs, "[]");
+    EXPECT_EQ(Dogs(), "[]");
 }
 
 TEST_F(Bus, ClientsComeBackAfterADaemonRestartAndWhatWasSentMeanwhileIsLost)
@@ -310,8 +303,7 @@ TEST_F(Bus, ClientsComeBackAfterADaemonRestartAndWhatWasSentMeanwhileIsLost)
         EXPECT_EQ(got.Body(i), "after");
 
     // The watchdog registration came back with the client.
-    std::string dogs;
-    dogs = Dogs();
+    const std::string dogs = Dogs();
     EXPECT_NE(dogs.find("\"restart-test\""), std::string::npos) << dogs;
     EXPECT_EQ(daemon.Stop(SIGTERM), 0);
 }
@@ -444,23 +436,14 @@ TEST_F(Bus, ToolSendsCallsListensAndListsWatchdogs)
     PumpFor({&service}, 50);
 
     const std::string base = "/tmp/test_bus_tool." + std::to_string(getpid());
-    auto run = [&](const std::string& arguments, const std::string& input = "") {
+    // Runs the tool while the service takes its messages (and `poke` runs).
+    auto run = [&](const std::string& arguments, const std::string& input = "", std::function<void()> poke = [] {}) {
         std::ofstream(base + ".in") << input;
         const pid_t pid = Spawn(MDVR_BUS_COMMAND " " + arguments + " <" + base + ".in >" + base + ".out 2>" + base + ".err");
-        int status = -2;
-        Pump({&service}, 10000, [&] {
-            int s;
-            if (waitpid(pid, &s, WNOHANG) != pid)
-                return false;
-            status = WIFEXITED(s) ? WEXITSTATUS(s) : -1;
-            return true;
-        });
-        if (status == -2)
-            status = Reap(pid, 0);
-        return status;
+        return Reap(pid, 10000 * kSlow, [&] { service.MSGWaitForEvent(2), poke(); });
     };
-    auto out = [&] { return ReadFile(base + ".out"); };
-    auto err = [&] { return ReadFile(base + ".err"); };
+    auto out = [&] { return paratest::Slurp(base + ".out"); };
+    auto err = [&] { return paratest::Slurp(base + ".err"); };
 
     EXPECT_EQ(run("call 0x90 '{\"A\":1}' --session 9 --module 4"), 0) << err();
     const std::string response = out(), header = "event 0x8090 (response)  source 4  session 9  client ",
@@ -469,8 +452,7 @@ TEST_F(Bus, ToolSendsCallsListensAndListsWatchdogs)
     EXPECT_GT(response.size(), header.size() + body.size());
     EXPECT_EQ(response.substr(response.size() - std::min(response.size(), body.size())), body) << response;
     ASSERT_EQ(answering.got.size(), 1u);
-    EXPECT_EQ(answering.Body(0), "{\"A\":1}");
-    EXPECT_EQ(answering.Head(0).sourceId, 4);
+    EXPECT_EQ(answering.Seen(0), "source 4 session 9 event 144 length 7 {\"A\":1}");
 
     EXPECT_EQ(run("send 0x90 - -s 3", "from stdin"), 0) << err();
     ASSERT_TRUE(Pump({&service}, 2000, [&] { return answering.got.size() == 2; }));
@@ -483,19 +465,7 @@ TEST_F(Bus, ToolSendsCallsListensAndListsWatchdogs)
     EXPECT_NE(out().find("tool-test"), std::string::npos) << out();
     EXPECT_NE(out().find(std::to_string(getpid())), std::string::npos) << out();
 
-    const pid_t listener = Spawn(MDVR_BUS_COMMAND " listen 0x92 --count 1 >" + base + ".out 2>" + base + ".err");
-    int status = -2;
-    EXPECT_TRUE(Pump({&service}, 5000, [&] {
-        Send(service, 0x92, std::string("\x01\x02", 2), 0, 5, 6);
-        int s;
-        if (waitpid(listener, &s, WNOHANG) != listener)
-            return false;
-        status = WIFEXITED(s) ? WEXITSTATUS(s) : -1;
-        return true;
-    }));
-    if (status == -2)
-        status = Reap(listener, 0); // never leave it running
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(run("listen 0x92 --count 1", "", [&] { Send(service, 0x92, std::string("\x01\x02", 2), 0, 5, 6); }), 0);
     EXPECT_EQ(out().substr(0, 34), "event 0x92  source 6  session 5  c");
     EXPECT_NE(out().find("length 2\n000000  01 02\n"), std::string::npos) << out();
 

@@ -6,17 +6,15 @@
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
-#include <fstream>
-#include <functional>
+#include <type_traits>
 #include <iterator>
+#include <set>
 #include <new>
 
 using namespace paratest;
 using ToolkitHost::LogCapture;
 
 namespace {
-
-const char* const kAdapterFile = "basicservice/basebusiness/BSCommonLibrary/src/CommonParaAdapter";
 
 // Reads {"v": <json>}["v"] (or the absent key "w" when json is null) with a
 // reader and reports the stored value and the result.
@@ -44,9 +42,17 @@ template <class T> void CheckIntegral(const std::vector<IntCase>& cases, T def)
     }
 }
 
+// Calls visit(type, key, (record*)nullptr) for every registered type.
+template <class Visit> void ForEachType(Visit visit)
+{
+#define PARA_VISIT(type, key, parser, record) visit(type, key, static_cast<record*>(nullptr));
+    PARA_TYPES(PARA_VISIT)
+#undef PARA_VISIT
+}
+
 } // namespace
 
-TEST(JsonReaders, ThirtyTwoBitReadersStoreTheBitsAsTheyCome)
+TEST(JsonReaders, IntegralReadersStoreTheBitsAsTheyCome)
 {
     CheckIntegral<unsigned int>({{"7", 7, 0},
                                  {"-5", 4294967291LL, 0},
@@ -72,20 +78,14 @@ TEST(JsonReaders, ThirtyTwoBitReadersStoreTheBitsAsTheyCome)
                         {"2.5", -3, -1},
                         {nullptr, -3, -1}},
                        -3);
-}
-
-TEST(JsonReaders, NarrowReadersKeepTheLowBits)
-{
+    // Narrow readers keep the low bits.
     CheckIntegral<unsigned char>({{"300", 44, 0}, {"256", 0, 0}, {"-1", 255, 0}, {"1.5", 7, -1}, {nullptr, 7, -1}},
                                  7);
     CheckIntegral<signed char>({{"200", -56, 0}, {"-128", -128, 0}, {"\"1\"", -7, -1}}, -7);
     CheckIntegral<char>({{"-1", -1, 0}, {"65", 65, 0}, {"321", 65, 0}, {nullptr, 'x', -1}}, 'x');
     CheckIntegral<unsigned short>({{"70000", 4464, 0}, {"-1", 65535, 0}, {"4294967296", 11, -1}}, 11);
     CheckIntegral<short>({{"40000", -25536, 0}, {"-2", -2, 0}, {"false", 12, -1}}, 12);
-}
-
-TEST(JsonReaders, SixtyFourBitReadersTakeTheWholeRange)
-{
+    // Sixty-four-bit readers take the whole range.
     CheckIntegral<long long>({{"4294967296", 4294967296LL, 0},
                               {"-9223372036854775808", LLONG_MIN, 0},
                               {"2.0", 2, 0},
@@ -107,22 +107,13 @@ TEST(JsonReaders, SixtyFourBitReadersTakeTheWholeRange)
                    {"1e19", true, "1e+19\n"}};
     for (const auto& c : refused) {
         LogCapture log;
-        int r;
-        if (c.isSigned) {
-            auto got = ReadIntegral<long long>(c.json, 42);
-            EXPECT_EQ(got.first, 42);
-            r = got.second;
-        } else {
-            auto got = ReadIntegral<unsigned long long>(c.json, 42);
-            EXPECT_EQ(got.first, 42u);
-            r = got.second;
-        }
+        const auto [value, r] = c.isSigned ? ReadIntegral<long long>(c.json, 42) : [&] {
+            const auto got = ReadIntegral<unsigned long long>(c.json, 42);
+            return std::pair<long long, int>(static_cast<long long>(got.first), got.second);
+        }();
+        EXPECT_EQ(value, 42) << c.json;
         EXPECT_EQ(r, -1) << c.json;
-        ASSERT_EQ(log.lines().size(), 1u) << c.json;
-        EXPECT_EQ(log.lines()[0].level, 0);
-        EXPECT_EQ(log.lines()[0].function, "GetJsonIntegral");
-        EXPECT_EQ(log.lines()[0].file, kAdapterFile);
-        EXPECT_EQ(log.lines()[0].message, std::string("Exception when parse json: ") + c.styled + "\n");
+        EXPECT_EQ(Logged(log), (Lines{{"GetJsonIntegral", std::string("Exception when parse json: ") + c.styled + "\n"}}));
     }
 }
 
@@ -224,16 +215,8 @@ TEST(Dispatcher, BoundariesAndTheirMessages)
         auto record = Sentinel<tag_MsgAdjustTimeSetting>();
         LogCapture log;
         EXPECT_EQ(AdaptParaJson(static_cast<_PARA_TYPE_>(c.type), doc, record.get()), c.result) << c.type;
-        if (c.message) {
-            ASSERT_EQ(log.lines().size(), 1u) << c.type;
-            EXPECT_EQ(log.lines()[0].message, c.message);
-            EXPECT_EQ(log.lines()[0].level, 0);
-            EXPECT_EQ(log.lines()[0].function, "AdaptParaJson");
-            EXPECT_TRUE(Untouched(record.get(), 0, sizeof *record)) << c.type;
-        } else {
-            EXPECT_TRUE(log.lines().empty());
-            EXPECT_EQ(record->GE, 1);
-        }
+        EXPECT_EQ(Logged(log), (c.message ? Lines{{"AdaptParaJson", c.message}} : Lines{}));
+        EXPECT_EQ(c.message ? Untouched(record.get(), 0, sizeof *record) : record->GE == 1, true) << c.type;
     }
 }
 
@@ -264,24 +247,17 @@ const EmptySection kEmptySections[] = {
     {47, "PSS", {}}, {48, "CAN", {}}, {49, "PEN", {}}, {50, "DOSD", {}}, {51, "DSM", {}},
 };
 
-Json::Value Example()
-{
-    std::ifstream file(std::string(EXAMPLES_DIR) + "/mdvr_parameters.json");
-    std::stringstream text;
-    text << file.rdbuf();
-    return paratest::Json(text.str());
-}
+Json::Value Example() { return paratest::Json(Slurp(ExampleFile())); }
 
 } // namespace
 
 TEST(Dispatcher, EmptyOrAbsentSectionOfEveryType)
 {
     std::vector<size_t> sizes(52, 0);
-#define PARA_SIZE(type, sectionKey, parser, record)                                                                   \
-    sizes[type] = sizeof(record);                                                                                     \
-    EXPECT_STREQ(kEmptySections[type].key, sectionKey);
-    PARA_TYPES(PARA_SIZE)
-#undef PARA_SIZE
+    ForEachType([&](int type, const char* key, auto* tag) {
+        sizes.at(type) = sizeof *tag;
+        EXPECT_STREQ(kEmptySections[type].key, key);
+    });
     // Absent: the example with every other section, none of which may be read.
     const Json::Value example = Example();
     ASSERT_EQ(std::size(kEmptySections), 52u);
@@ -342,7 +318,7 @@ std::string Message(const std::string& body)
 
 } // namespace
 
-TEST(ParseJsonMessage, BodyAfterTheHeader)
+TEST(ParseJsonMessage, BodyAfterTheHeaderOrNothing)
 {
     Json::Value root;
     std::string m = Message(R"({"PARAMETER":{"MDVR":{"ATP":{"GE":3}}}})");
@@ -350,23 +326,22 @@ TEST(ParseJsonMessage, BodyAfterTheHeader)
     tag_MsgAdjustTimeSetting record{};
     EXPECT_EQ(AdaptParaJson(PARA_ADJUST_TIME, root, &record), 0);
     EXPECT_EQ(record.GE, 3);
-
     m = Message("{}");
     root = Json::Value(5);
     EXPECT_EQ(ParseJsonMessage(m.data(), int(m.size()), root), 1);
     EXPECT_TRUE(root.isObject() && root.empty());
-}
 
-TEST(ParseJsonMessage, FailuresReturnZero)
-{
-    Json::Value root;
-    {
+    // Failures return 0; syntax errors are not logged, too deep a nesting is.
+    const Lines deep{{"ParseJsonMessage", "Failed to parse json msg!"}};
+    const struct {
+        std::string body;
+        Lines logged;
+    } failures[] = {{"", {}}, {R"({"a":)", {}}, {std::string(2000, '[') + std::string(2000, ']'), deep}};
+    for (const auto& c : failures) {
         LogCapture log;
-        std::string m = Message("");
-        EXPECT_EQ(ParseJsonMessage(m.data(), 16, root), 0);
-        m = Message(R"({"a":)");
-        EXPECT_EQ(ParseJsonMessage(m.data(), int(m.size()), root), 0);
-        EXPECT_TRUE(log.lines().empty()); // syntax errors are not logged
+        m = Message(c.body);
+        EXPECT_EQ(ParseJsonMessage(m.data(), int(m.size()), root), 0) << c.body.substr(0, 10);
+        EXPECT_EQ(Logged(log), c.logged);
     }
     // Short and null buffers are refused without reading: a heap buffer of
     // exactly the given size lets the address sanitizer see any read past it.
@@ -376,67 +351,36 @@ TEST(ParseJsonMessage, FailuresReturnZero)
     EXPECT_EQ(ParseJsonMessage(nullptr, 100, root), 0);
 }
 
-TEST(ParseJsonMessage, DeepNestingIsRefusedNotOverflowed)
-{
-    Json::Value root;
-    LogCapture log;
-    std::string m = Message(std::string(2000, '[') + std::string(2000, ']'));
-    EXPECT_EQ(ParseJsonMessage(m.data(), int(m.size()), root), 0);
-    ASSERT_EQ(log.lines().size(), 1u);
-    EXPECT_EQ(log.lines()[0].message, "Failed to parse json msg!");
-    EXPECT_EQ(log.lines()[0].function, "ParseJsonMessage");
-}
-
 // ---------------------------------------------------------------------------
 
-TEST(TimeSections, AdjustTimeByteByByte)
+TEST(TimeSections, EveryByteOfTheRecord)
 {
     auto r = Sentinel<tag_MsgAdjustTimeSetting>();
-    const std::string ns(70, 'n');
     EXPECT_EQ(ParseAdjustTimeParamJson(
-                  Doc("ATP", R"({"GE":1,"NE":2,"CE":300,"SID":4,"NAI":65537,"NS":")" + ns + R"("})"), *r),
+                  Doc("ATP", R"({"GE":1,"NE":2,"CE":300,"SID":4,"NAI":65537,"NS":")" + std::string(70, 'n') + R"("})"), *r),
               0);
-    EXPECT_EQ(At<uint8_t>(r.get(), 0), 1);
-    EXPECT_EQ(At<uint8_t>(r.get(), 1), 2);
-    EXPECT_EQ(At<uint8_t>(r.get(), 2), 44);
-    EXPECT_EQ(At<uint8_t>(r.get(), 3), 4);
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(r.get()) + 4, 64), std::string(64, 'n'));
-    EXPECT_EQ(At<uint16_t>(r.get(), 68), 1);
-}
+    ExpectFields(r.get(), sizeof *r, {{0, 1, 1}, {1, 1, 2}, {2, 1, 44}, {3, 1, 4}, {4, 64, 0, std::string(64, 'n')}, {68, 2, 1}},
+                 "ATP");
 
-TEST(TimeSections, TimeSettingByteByByte)
-{
-    auto r = Sentinel<tag_MsgTimeSetting>();
-    EXPECT_EQ(ParseTimeSettingParamJson(Doc("TIMEP", R"({
-        "DATEM":1,"TIMEM":2,"TIMEZ":"UTC+08:00 Beijing time","TIMEOFFSET":-480,
-        "DST":{"SW":1,"DSTM":2,"DSTS":3,"SMON":3,"SWEEK":17,"SWIND":20,"SH":2,"SM":3,"SS":4,
-               "EMON":10,"EWEEK":2,"EWIND":0,"EH":5,"EM":6,"ES":7,"STARTTIME":100,"ENDTIME":200}})"),
-                                        *r),
-              0);
-    const uint8_t bytes[][2] = {{0, 1},  {1, 2},   {24, 1}, {25, 2}, {26, 3}, {32, 3}, {33, 0x14},
-                                {34, 10}, {35, 0x20}, {36, 2}, {37, 3}, {38, 4}, {39, 5}, {40, 6}, {41, 7}};
-    for (const auto& b : bytes)
-        EXPECT_EQ(At<uint8_t>(r.get(), b[0]), b[1]) << "offset " << int(b[0]);
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(r.get()) + 4, 16), "UTC+08:00 Beijin");
-    EXPECT_EQ(At<uint32_t>(r.get(), 20), 0xFFFFFE20u);
-    EXPECT_EQ(At<uint32_t>(r.get(), 44), 100u);
-    EXPECT_EQ(At<uint32_t>(r.get(), 48), 200u);
-    EXPECT_TRUE(Untouched(r.get(), 2, 4));
-    EXPECT_TRUE(Untouched(r.get(), 27, 32));
-    EXPECT_TRUE(Untouched(r.get(), 42, 44));
-}
-
-TEST(TimeSections, MissingKeysAreWrittenAsZero)
-{
-    auto r = Sentinel<tag_MsgTimeSetting>();
-    EXPECT_EQ(ParseTimeSettingParamJson(Doc("TIMEP", R"({"DATEM":9})"), *r), 0);
-    EXPECT_EQ(r->DATEM, 9);
-    for (size_t off : {1, 24, 25, 26, 32, 33, 34, 35, 36, 37, 38, 39, 40, 41})
-        EXPECT_EQ(At<uint8_t>(r.get(), off), 0) << off;
-    for (size_t off : {20, 44, 48})
-        EXPECT_EQ(At<uint32_t>(r.get(), off), 0u) << off;
-    EXPECT_EQ(Text(r.get(), 4, 16), "");
-    EXPECT_TRUE(Untouched(r.get(), 2, 4) && Untouched(r.get(), 27, 32) && Untouched(r.get(), 42, 44));
+    // The time setting in full, and with every key but one missing: those are written as zero.
+    const Fields reserved = {Kept(2, 4), Kept(27, 32), Kept(42, 44)};
+    const struct {
+        std::string section;
+        Fields fields;
+    } cases[] = {
+        {R"({"DATEM":1,"TIMEM":2,"TIMEZ":"UTC+08:00 Beijing time","TIMEOFFSET":-480,
+             "DST":{"SW":1,"DSTM":2,"DSTS":3,"SMON":3,"SWEEK":17,"SWIND":20,"SH":2,"SM":3,"SS":4,
+                    "EMON":10,"EWEEK":2,"EWIND":0,"EH":5,"EM":6,"ES":7,"STARTTIME":100,"ENDTIME":200}})",
+         {{0, 1, 1},  {1, 1, 2},  {4, 16, 0, "UTC+08:00 Beijin"}, {20, 4, 0xFFFFFE20u}, {24, 1, 1}, {25, 1, 2},
+          {26, 1, 3}, {32, 1, 3}, {33, 1, 0x14}, {34, 1, 10}, {35, 1, 0x20}, {36, 1, 2}, {37, 1, 3}, {38, 1, 4},
+          {39, 1, 5}, {40, 1, 6}, {41, 1, 7},  {44, 4, 100}, {48, 4, 200}}},
+        {R"({"DATEM":9})", {{0, 1, 9}, Zeros(1, 2), Zeros(4, 27), Zeros(32, 42), Zeros(44, 52)}},
+    };
+    for (const auto& c : cases) {
+        auto t = Sentinel<tag_MsgTimeSetting>();
+        EXPECT_EQ(ParseTimeSettingParamJson(Doc("TIMEP", c.section), *t), 0);
+        ExpectFields(t.get(), sizeof *t, reserved + c.fields, c.section);
+    }
 }
 
 // The walk finds members through an index of each object: small objects are
@@ -486,127 +430,53 @@ TEST(RecordDescriptions, SparseArraysKeepTheirIndices)
 // ---------------------------------------------------------------------------
 // Properties of every registered record description.
 
-namespace {
-
-struct RegisteredType {
-    int type;
-    const char* key;
-    size_t size;
-    std::function<std::vector<para::FieldInfo>()> layout;
-    std::function<void(const Json::Value&)> parse; // into a sentinel record
-};
-
-template <class R> RegisteredType Register(int type, const char* key)
-{
-    return {type, key, sizeof(R),
-            [] {
-                auto r = Sentinel<R>();
-                return para::Layout(*r);
-            },
-            [type](const Json::Value& doc) {
-                auto r = Sentinel<R>();
-                AdaptParaJson(static_cast<_PARA_TYPE_>(type), doc, r.get());
-            }};
-}
-
-std::vector<RegisteredType> AllTypes()
-{
-    return {
-#define PARA_REGISTER(type, key, parser, record) Register<record>(type, key),
-        PARA_TYPES(PARA_REGISTER)
-#undef PARA_REGISTER
-    };
-}
-
-// Splits "RCP[0].RSI[1][2].S" into "RCP", "[0]", "RSI", "[1]", "[2]", "S".
-std::vector<std::string> Components(const std::string& keys)
-{
-    std::vector<std::string> parts;
-    std::string cur;
-    for (char c : keys) {
-        if (c == '.' || c == '[') {
-            if (!cur.empty())
-                parts.push_back(cur);
-            cur = c == '[' ? "[" : "";
-        } else if (c == ']') {
-            parts.push_back(cur + "]");
-            cur.clear();
-        } else {
-            cur += c;
-        }
-    }
-    if (!cur.empty())
-        parts.push_back(cur);
-    return parts;
-}
-
-// Sets the value at a key path, creating objects and arrays on the way.
-void Put(Json::Value& at, const std::vector<std::string>& path, size_t from, const Json::Value& leaf)
-{
-    if (from == path.size()) {
-        at = leaf;
-        return;
-    }
-    const std::string& p = path[from];
-    if (p[0] == '[') {
-        if (!at.isArray())
-            at = Json::Value(Json::arrayValue);
-        Put(at[Json::ArrayIndex(std::stoul(p.substr(1)))], path, from + 1, leaf);
-    } else {
-        if (!at.isObject())
-            at = Json::Value(Json::objectValue);
-        Put(at[p], path, from + 1, leaf);
-    }
-}
-
-} // namespace
-
 TEST(RecordDescriptions, FieldsTileEveryRecordExactly)
 {
-    for (const RegisteredType& t : AllTypes()) {
-        std::vector<para::FieldInfo> fields = t.layout();
+    ForEachType([](int, const char* key, auto* tag) {
+        std::vector<para::FieldInfo> fields = para::Layout(*Sentinel<std::remove_pointer_t<decltype(tag)>>());
         std::sort(fields.begin(), fields.end(),
                   [](const para::FieldInfo& a, const para::FieldInfo& b) { return a.offset < b.offset; });
         size_t next = 0;
         for (const para::FieldInfo& f : fields) {
-            EXPECT_EQ(f.offset, next) << t.key << ": " << f.path << (f.offset < next ? " overlaps" : " leaves a gap");
+            EXPECT_EQ(f.offset, next) << key << ": " << f.path << (f.offset < next ? " overlaps" : " leaves a gap");
             next = f.offset + f.size;
         }
         // Tail padding of the record's alignment is the only thing left over.
-        EXPECT_LE(next, t.size) << t.key;
-        EXPECT_LT(t.size - next, 8u) << t.key << ": bytes after the last described field";
-    }
+        EXPECT_LE(next, sizeof *tag) << key;
+        EXPECT_LT(sizeof *tag - next, 8u) << key << ": bytes after the last described field";
+    });
 }
 
 TEST(RecordDescriptions, NoExceptionForAnyShapeAtAnyLevel)
 {
     const char* kinds[] = {"null", "true", "0", "-1", "1.5", "\"t\"", "[]", "[1]", "[[1]]", "{}", "{\"X\":1}", "[{}]"};
-    for (const RegisteredType& t : AllTypes()) {
-        // Every distinct key path of the record, indices folded to [0] and [1].
-        std::vector<std::vector<std::string>> prefixes;
-        for (const para::FieldInfo& f : t.layout()) {
-            if (f.kind == para::Kind::Reserved)
-                continue;
-            std::vector<std::string> path = Components(f.keys);
-            for (size_t n = 0; n <= path.size(); ++n) {
-                std::vector<std::string> prefix(path.begin(), path.begin() + n);
-                bool folded = std::all_of(prefix.begin(), prefix.end(),
-                                          [](const std::string& p) { return p[0] != '[' || p == "[0]" || p == "[1]"; });
-                if (folded && std::find(prefixes.begin(), prefixes.end(), prefix) == prefixes.end())
-                    prefixes.push_back(prefix);
-            }
-        }
+    ForEachType([&](int type, const char* key, auto* tag) {
+        using R = std::remove_pointer_t<decltype(tag)>;
+        // Every distinct key path of the record ("RCP[0].RSI[1]" and its
+        // prefixes), indices folded to [0] and [1].
+        std::set<std::string> prefixes;
+        for (const para::FieldInfo& f : para::Layout(*Sentinel<R>()))
+            for (size_t n = 0; f.kind != para::Kind::Reserved && n <= f.keys.size(); ++n)
+                if (n == f.keys.size() || f.keys[n] == '.' || f.keys[n] == '[') {
+                    const std::string prefix = f.keys.substr(0, n);
+                    bool folded = true;
+                    for (size_t at = prefix.find('['); at != std::string::npos; at = prefix.find('[', at + 1))
+                        folded = folded && (prefix.compare(at, 3, "[0]") == 0 || prefix.compare(at, 3, "[1]") == 0);
+                    if (folded)
+                        prefixes.insert(prefix);
+                }
         for (const char* kind : kinds) {
             const Json::Value leaf = paratest::Json(std::string("[") + kind + "]")[0];
-            for (const auto& prefix : prefixes) {
+            for (const std::string& prefix : prefixes) {
                 Json::Value doc;
-                Put(doc, {"PARAMETER", "MDVR", t.key}, 0, Json::Value(Json::objectValue));
-                Put(doc["PARAMETER"]["MDVR"][t.key], prefix, 0, leaf);
+                Json::Value& section = doc["PARAMETER"]["MDVR"][key];
+                (prefix.empty() ? section : Json::Path(prefix).make(section)) = leaf;
                 LogCapture quiet;
-                EXPECT_NO_THROW(t.parse(doc)) << t.key << " with " << kind;
+                auto r = Sentinel<R>();
+                EXPECT_NO_THROW(AdaptParaJson(static_cast<_PARA_TYPE_>(type), doc, r.get())) << key << " " << prefix << " with " << kind;
             }
         }
-    }
+    });
 }
 
 // ---------------------------------------------------------------------------
@@ -616,6 +486,15 @@ TEST(RecordDescriptions, NoExceptionForAnyShapeAtAnyLevel)
 namespace {
 bool g_countAllocations = false;
 long g_allocations = 0;
+// How many allocations `run` makes.
+template <class Run> long Allocations(Run run)
+{
+    g_allocations = 0;
+    g_countAllocations = true;
+    run();
+    g_countAllocations = false;
+    return g_allocations;
+}
 } // namespace
 
 // GCC pairs the inlined replacement delete with the library's new and warns.
@@ -638,26 +517,17 @@ TEST(RecordDescriptions, ParsingTheExampleAllocatesNothing)
     const Json::Value doc = Example();
     std::vector<unsigned char> record(64 * 1024);
     int parsed = 0;
-#define PARA_PARSE_PRESENT(type, key, parser, rec)                                   \
-    if (!para::Section(doc, key).isNull()) {                                         \
-        g_allocations = 0;                                                           \
-        g_countAllocations = true;                                                   \
-        const int result = AdaptParaJson(static_cast<_PARA_TYPE_>(type), doc, record.data()); \
-        g_countAllocations = false;                                                  \
-        EXPECT_EQ(g_allocations, 0) << key;                                          \
-        EXPECT_EQ(result, 0) << key;                                                 \
-        ++parsed;                                                                    \
-    }
-    PARA_TYPES(PARA_PARSE_PRESENT)
-#undef PARA_PARSE_PRESENT
+    ForEachType([&](int type, const char* key, auto*) {
+        if (para::Section(doc, key).isNull() || !++parsed)
+            return;
+        int result = -1;
+        EXPECT_EQ(Allocations([&] { result = AdaptParaJson(static_cast<_PARA_TYPE_>(type), doc, record.data()); }), 0) << key;
+        EXPECT_EQ(result, 0) << key;
+    });
     EXPECT_GE(parsed, 2);
 
     // Texts longer than any small-string buffer.
     const Json::Value longTexts = Doc("TIMEP", R"({"TIMEZ":"a time zone name far longer than its sixteen-byte field"})");
     tag_MsgTimeSetting time{};
-    g_allocations = 0;
-    g_countAllocations = true;
-    ParseTimeSettingParamJson(longTexts, time);
-    g_countAllocations = false;
-    EXPECT_EQ(g_allocations, 0);
+    EXPECT_EQ(Allocations([&] { ParseTimeSettingParamJson(longTexts, time); }), 0);
 }
