@@ -48,6 +48,7 @@
 #define PARA_TEXTS(off, m) PARA_AT(off, m); w.texts(#m, PARA_KEY(#m), r.m)
 // An embedded record filled by its own parser from the object under the key.
 #define PARA_SUBRECORD(off, m, parser) PARA_AT(off, m); w.sub(#m, PARA_KEY(#m), r.m, parser)
+#define PARA_SUBRECORD_KEY(off, m, key, parser) PARA_AT(off, m); w.sub(#m, PARA_KEY(key), r.m, parser)
 // A field filled by a named conversion step (see the steps in the descriptions).
 #define PARA_CUSTOM(off, m, step) PARA_AT(off, m); w.custom(#m, r.m, step)
 // Bytes no parser writes.
@@ -68,12 +69,6 @@ inline const Json::Value& Member(const Json::Value& value, const char* key)
 inline const Json::Value& Section(const Json::Value& doc, const char* key)
 {
     return Member(Member(Member(doc, "PARAMETER"), "MDVR"), key);
-}
-
-// Element i of an array value, or null when the value is no array or too short.
-inline const Json::Value* Element(const Json::Value& value, unsigned index)
-{
-    return value.isArray() && value.isValidIndex(index) ? &value[index] : nullptr;
 }
 
 // A key of a description: the text with its length and a hash of it. The

@@ -153,9 +153,6 @@ template <class W> void Describe(W& w, tag_MsgViewOsdSetting& r)
 // inspector's check) enter it.
 template <class W> void Describe(W& w, CommonSnapPara_t (&r)[16]) { w.array("", nullptr, r); }
 
-// A snapshot set read from "CSP" under the current object into field m.
-#define VIDEO_SNAP_SET(off, m) PARA_AT(off, m); w.sub(#m, "CSP", r.m, ParseNCommonSnapPara<16>)
-
 template <class W> void Describe(W& w, paramSnapTimedPeriod_t& r)
 {
     PARA_FIELD(0, SH);
@@ -167,7 +164,7 @@ template <class W> void Describe(W& w, paramSnapTimedPeriod_t& r)
     PARA_RESERVED(6, reserved0);
     PARA_FIELD(8, I);
     PARA_RESERVED(10, reserved1);
-    VIDEO_SNAP_SET(16, CSP);
+    PARA_SUBRECORD(16, CSP, ParseNCommonSnapPara<16>);
 }
 
 template <class W> void Describe(W& w, paramSnapSetting_t& r)
@@ -175,9 +172,9 @@ template <class W> void Describe(W& w, paramSnapSetting_t& r)
     PARA_FIELD(0, NE);
     PARA_FIELD(1, ITN);
     PARA_RESERVED(2, reserved0);
-    PARA_GROUP("MSP", VIDEO_SNAP_SET(32, MSP_CSP));
+    PARA_GROUP("MSP", PARA_SUBRECORD_KEY(32, MSP_CSP, "CSP", ParseNCommonSnapPara<16>));
     PARA_ARRAY(416, TSP);
-    PARA_GROUP("ASP", PARA_FIELD_KEY(3616, ASP_I, "I"); PARA_FIELD(3618, ST); VIDEO_SNAP_SET(3620, ASP_CSP));
+    PARA_GROUP("ASP", PARA_FIELD_KEY(3616, ASP_I, "I"); PARA_FIELD(3618, ST); PARA_SUBRECORD_KEY(3620, ASP_CSP, "CSP", ParseNCommonSnapPara<16>));
     PARA_RESERVED(3619, reserved1);
 }
 
@@ -186,10 +183,9 @@ template <class W> void Describe(W& w, paramDistanceSnapSetting_t& r)
     PARA_FIELD(0, SD);
     PARA_FIELD(4, SU);
     PARA_RESERVED(5, reserved0);
-    VIDEO_SNAP_SET(36, CSP);
+    PARA_SUBRECORD(36, CSP, ParseNCommonSnapPara<16>);
 }
 
-#undef VIDEO_SNAP_SET
 
 template <class W> void Describe(W& w, tag_MsgRecordPeriod& r)
 {
