@@ -47,6 +47,9 @@ enum class Op : uint8_t {
     Reserved, // bytes no parser writes
 };
 
+// The C++ types of scalar fields.
+enum class ScalarType : uint8_t { U8, I8, Char, U16, I16, U32, I32, U64, I64, F32 };
+
 // The named conversion steps (ParaSteps.h).
 enum class StepId : uint8_t { PackNibbles, MacText, VoltageText, TenthsText, HexRegion };
 
@@ -62,7 +65,10 @@ struct Field {
     uint8_t length;   // of the key
     uint8_t flags;
     uint8_t count[2]; // array bounds, outer first; 0 where there is no dimension
+    uint8_t rank;     // of the key among the keys of its level, in the JSON library's member order
+    uint8_t type;     // Scalar: the C++ type, a ScalarType
     const void* ref;  // Record: the embedded Record; Parsed: its Parser
+                      // (a Group's offset and size hold the start and count of its level's keys)
 
     static constexpr uint8_t kSelf = 1;     // the object itself is the array, no key is looked up
     static constexpr uint8_t kPrefixed = 2; // the field's name is the group's key, "_", the key
@@ -75,9 +81,13 @@ struct Field {
 };
 
 struct Record {
-    const char* name; // the C++ type
+    const char* name;     // the C++ type
     const Field* fields;
     uint16_t size;
+    uint8_t keys;         // keys looked up at the top level
+    const uint8_t* order; // the entries of each level that look up a key, sorted by key: the
+                          // top level first, then each group's; a level's members are matched
+                          // to them in one pass over the object
 };
 
 // The rules of an exported parser around its record's walk.
@@ -164,6 +174,20 @@ template <class T> constexpr bool kReadable =
     std::is_same_v<T, int> || std::is_same_v<T, unsigned long long> || std::is_same_v<T, long long> ||
     std::is_same_v<T, float>;
 
+template <class T> constexpr ScalarType ScalarTypeOf()
+{
+    return std::is_same_v<T, char>              ? ScalarType::Char
+           : std::is_same_v<T, unsigned char>   ? ScalarType::U8
+           : std::is_same_v<T, signed char>     ? ScalarType::I8
+           : std::is_same_v<T, unsigned short>  ? ScalarType::U16
+           : std::is_same_v<T, short>           ? ScalarType::I16
+           : std::is_same_v<T, unsigned int>    ? ScalarType::U32
+           : std::is_same_v<T, int>             ? ScalarType::I32
+           : std::is_same_v<T, unsigned long long> ? ScalarType::U64
+           : std::is_same_v<T, long long>       ? ScalarType::I64
+                                                : ScalarType::F32;
+}
+
 template <class T> constexpr Kind KindOf()
 {
     return std::is_floating_point_v<T> ? Kind::Float
@@ -183,7 +207,9 @@ template <class T> constexpr Field Member(const char* name, const char* key, siz
         return Entry(key, Op::Record, offset, sizeof(E), 0, c0, c1, &Describe<E>::record, flags);
     } else {
         static_assert(kReadable<E>, "a type the readers have");
-        return Entry(key, Op::Scalar, offset, sizeof(E), uint8_t(KindOf<E>()), c0, c1, nullptr, flags);
+        Field f = Entry(key, Op::Scalar, offset, sizeof(E), uint8_t(KindOf<E>()), c0, c1, nullptr, flags);
+        f.type = uint8_t(ScalarTypeOf<E>());
+        return f;
     }
 }
 
@@ -221,6 +247,87 @@ template <class T> constexpr Field StepMember(const char* keys, size_t offset, S
 
 constexpr Field End() { return Entry("", Op::End); }
 
+// A description with its lookup order: the entries of each level (the
+// record, each group) that look up a key, sorted as the JSON library orders
+// an object's members: bytes compared unsigned, then the shorter first.
+template <size_t N> struct Table {
+    Field fields[N];
+    uint8_t order[N];
+    uint8_t keys;
+};
+
+void description_longer_than_255_entries();
+void key_read_twice_at_one_level();
+
+constexpr bool KeyBefore(const Field& a, const Field& b)
+{
+    const unsigned n = a.length < b.length ? a.length : b.length;
+    for (unsigned i = 0; i < n; ++i)
+        if (a.key[i] != b.key[i])
+            return static_cast<unsigned char>(a.key[i]) < static_cast<unsigned char>(b.key[i]);
+    return a.length < b.length;
+}
+
+// Sorts the keys of the level starting at entry `first` into order[pos...];
+// returns the number of them. Groups of the level are indexed after it.
+template <size_t N> constexpr unsigned IndexLevel(Table<N>& t, size_t first, unsigned& pos)
+{
+    const unsigned start = pos;
+    size_t group[N] = {};
+    unsigned groups = 0;
+    for (size_t i = first, depth = 0; i < N; ++i) {
+        const Op op = t.fields[i].op;
+        if (op == Op::End) {
+            if (depth == 0)
+                break;
+            --depth;
+            continue;
+        }
+        if (depth > 0) {
+            depth += op == Op::Group;
+            continue;
+        }
+        if (op == Op::Group) {
+            group[groups++] = i;
+            ++depth;
+        }
+        if (op == Op::Reserved || op == Op::Step || (t.fields[i].flags & Field::kSelf))
+            continue;
+        // insertion into the sorted run
+        unsigned at = pos++;
+        while (at > start && KeyBefore(t.fields[i], t.fields[t.order[at - 1]])) {
+            t.order[at] = t.order[at - 1];
+            --at;
+        }
+        t.order[at] = static_cast<uint8_t>(i);
+    }
+    for (unsigned k = start; k < pos; ++k) {
+        t.fields[t.order[k]].rank = static_cast<uint8_t>(k - start);
+        if (k > start && !KeyBefore(t.fields[t.order[k - 1]], t.fields[t.order[k]]))
+            key_read_twice_at_one_level();
+    }
+    const unsigned count = pos - start;
+    for (unsigned g = 0; g < groups; ++g) {
+        const unsigned groupStart = pos;
+        const unsigned n = IndexLevel(t, group[g] + 1, pos);
+        t.fields[group[g]].offset = static_cast<uint16_t>(groupStart);
+        t.fields[group[g]].size = static_cast<uint16_t>(n);
+    }
+    return count;
+}
+
+template <size_t N> constexpr Table<N> Index(const Field (&fields)[N])
+{
+    if (N > 255)
+        description_longer_than_255_entries();
+    Table<N> t{};
+    for (size_t i = 0; i < N; ++i)
+        t.fields[i] = fields[i];
+    unsigned pos = 0;
+    t.keys = static_cast<uint8_t>(IndexLevel(t, 0, pos));
+    return t;
+}
+
 } // namespace para
 
 #define PARA_AT(off, m) ::para::CheckedOffset(off, offsetof(Self, m))
@@ -229,8 +336,9 @@ constexpr Field End() { return Entry("", Op::End); }
 #define PARA_RECORD(R, ...)                                                 \
     template <> struct para::Describe<R> {                                  \
         using Self = R;                                                     \
-        static constexpr Field fields[] = {__VA_ARGS__, ::para::End()};     \
-        static constexpr Record record{#R, fields, sizeof(R)};              \
+        static constexpr Field entries[] = {__VA_ARGS__, ::para::End()};    \
+        static constexpr auto table = ::para::Index(entries);               \
+        static constexpr Record record{#R, table.fields, sizeof(R), table.keys, table.order}; \
     }
 
 // A scalar field, an array (of scalars, of described records, nested), or
@@ -324,29 +432,50 @@ template <class T> int ReadScalar(const Json::Value& value, T& dst)
 // Calls f(T()) with the C++ type of a scalar field.
 template <class F> auto WithScalarType(const Field& field, F f)
 {
-    switch (Kind(field.kind)) {
-    case Kind::Char: return f((char)0);
-    case Kind::Float: return f(0.0f);
-    case Kind::Signed:
-        switch (field.size) {
-        case 1: return f((signed char)0);
-        case 2: return f((short)0);
-        case 4: return f(0);
-        default: return f(0LL);
-        }
-    default:
-        switch (field.size) {
-        case 1: return f((unsigned char)0);
-        case 2: return f((unsigned short)0);
-        case 4: return f(0u);
-        default: return f(0ULL);
-        }
+    switch (ScalarType(field.type)) {
+    case ScalarType::U8: return f((unsigned char)0);
+    case ScalarType::I8: return f((signed char)0);
+    case ScalarType::Char: return f((char)0);
+    case ScalarType::U16: return f((unsigned short)0);
+    case ScalarType::I16: return f((short)0);
+    case ScalarType::U32: return f(0u);
+    case ScalarType::I32: return f(0);
+    case ScalarType::U64: return f(0ULL);
+    case ScalarType::I64: return f(0LL);
+    case ScalarType::F32: break;
     }
+    return f(0.0f);
 }
 
-// Reads a scalar field's value into `at` with the reader of its type.
+// Reads a scalar field's value into `at` with the reader of its type. An
+// integer field of up to 32 bits given a JSON integer keeps its low bytes,
+// as ReadScalar says, without the switch over the field's type.
 inline int ReadScalarField(const Field& field, const Json::Value& value, void* at)
 {
+    const Json::ValueType type = value.type();
+    if ((type == Json::intValue || type == Json::uintValue) && field.type < uint8_t(ScalarType::U64)) {
+        bool fits;
+        uint32_t bits;
+        if (type == Json::intValue) {
+            const Json::LargestInt v = value.asLargestInt();
+            fits = v >= -2147483648LL && v <= 4294967295LL;
+            bits = fits ? static_cast<uint32_t>(v) : 0;
+        } else {
+            const Json::LargestUInt v = value.asLargestUInt();
+            fits = v <= 4294967295ULL;
+            bits = fits ? static_cast<uint32_t>(v) : 0;
+        }
+        if (field.size == 1) {
+            const uint8_t low = static_cast<uint8_t>(bits);
+            std::memcpy(at, &low, 1);
+        } else if (field.size == 2) {
+            const uint16_t low = static_cast<uint16_t>(bits);
+            std::memcpy(at, &low, 2);
+        } else {
+            std::memcpy(at, &bits, 4);
+        }
+        return fits ? 0 : -1;
+    }
     return WithScalarType(field, [&](auto zero) {
         decltype(zero) v = zero;
         const int result = ReadScalar(value, v);
