@@ -11,15 +11,7 @@ PARA_TYPES(PARA_SECTION_PARSER)
 // Sub-record parsers: each takes the object itself.
 #define PARA_SUB_PARSER(parser, record) \
     int parser(Json::Value const& object, record& r) { return para::Parse(para::k##parser, object, &r); }
-PARA_SUB_PARSER(ParseAlarmLinkRecord, alarmLinkRecord_t)
-PARA_SUB_PARSER(ParseAlarmLinkSnapShot, alarmLinkSnapShot)
-PARA_SUB_PARSER(ParseAlarmLinkOutput, alarmLinkOutput_t)
-PARA_SUB_PARSER(ParseAlarmLinkProcess, alarmLinkProcess_t)
-PARA_SUB_PARSER(ParseAlarmPlan, alarmPlan_t)
-PARA_SUB_PARSER(ParseCommonSnapPara, CommonSnapPara_t)
-PARA_SUB_PARSER(ParseBoHaoParamJson, paramBoHaoParam_t)
-PARA_SUB_PARSER(ParseGDSAlarmThresh1, paramAlarmThresh1_t)
-PARA_SUB_PARSER(ParseGDSAlarmThresh2, paramAlarmThresh2_t)
+PARA_SUB_PARSERS(PARA_SUB_PARSER)
 
 // A snapshot set: entry i of the array, when there is one, by the snapshot
 // parser. Always 0.

@@ -70,6 +70,19 @@
     X(50, "DOSD", ParseViewOsdParamJson, tag_MsgViewOsdSetting, nullptr, nullptr)                                                      \
     X(51, "DSM", ParseStdDsmAlarmParamJson, tag_msgStdDSMAlarmSetting, nullptr, nullptr)                                              
 
+// The exported parsers of embedded records, which take the object itself:
+// X(parser, record). Their rules are the PARA_PARSER beside each record.
+#define PARA_SUB_PARSERS(X)                     \
+    X(ParseAlarmLinkRecord, alarmLinkRecord_t)  \
+    X(ParseAlarmLinkSnapShot, alarmLinkSnapShot) \
+    X(ParseAlarmLinkOutput, alarmLinkOutput_t)  \
+    X(ParseAlarmLinkProcess, alarmLinkProcess_t) \
+    X(ParseAlarmPlan, alarmPlan_t)              \
+    X(ParseCommonSnapPara, CommonSnapPara_t)    \
+    X(ParseBoHaoParamJson, paramBoHaoParam_t)   \
+    X(ParseGDSAlarmThresh1, paramAlarmThresh1_t) \
+    X(ParseGDSAlarmThresh2, paramAlarmThresh2_t)
+
 namespace para {
 
 struct Type {
