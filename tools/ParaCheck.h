@@ -140,7 +140,7 @@ private:
             return; // an absent key takes the default: nothing is lost
         unsigned char scratch[8] = {};
         const int result = ReadScalarField(f, value, scratch);
-        const std::string width = WidthName(f), stored = Stored(f, scratch);
+        const std::string width = ScalarLabel(f), stored = Stored(f, scratch);
         if (result != 0) {
             Report(p.keys, std::string(JsonTypeName(value)) + " is not read into " + width + ": stores " + stored);
             return;
@@ -189,17 +189,6 @@ private:
             if (key.empty())
                 break;
             Read(object, key, p.object);
-        }
-    }
-
-    // "u8", "i32", "char", "f32": the reader's width.
-    static std::string WidthName(const Field& f)
-    {
-        switch (Kind(f.kind)) {
-        case Kind::Float: return "f32";
-        case Kind::Char: return "char";
-        case Kind::Signed: return "i" + std::to_string(8 * f.size);
-        default: return "u" + std::to_string(8 * f.size);
         }
     }
 

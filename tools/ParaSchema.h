@@ -28,17 +28,6 @@ inline Json::Value ObjectSchema(const std::string& description)
     return s;
 }
 
-// "u8", "i32", "char", "f32": a scalar field's type.
-inline std::string ScalarLabel(const Field& f)
-{
-    switch (Kind(f.kind)) {
-    case Kind::Float: return "f32";
-    case Kind::Char: return "char";
-    case Kind::Signed: return "i" + std::to_string(8 * f.size);
-    default: return "u" + std::to_string(8 * f.size);
-    }
-}
-
 // The schema of a scalar field: what the reader of its width stores as written.
 inline Json::Value ScalarSchema(const Field& f)
 {

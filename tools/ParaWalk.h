@@ -63,6 +63,17 @@ inline std::string FieldKeys(const Field& f, const std::string& object)
     return JoinKeys(object, key);
 }
 
+// "u8", "i32", "char", "f32": a scalar field's type, as the tools name it.
+inline std::string ScalarLabel(const Field& f)
+{
+    switch (Kind(f.kind)) {
+    case Kind::Float: return "f32";
+    case Kind::Char: return "char";
+    case Kind::Signed: return "i" + std::to_string(8 * f.size);
+    default: return "u" + std::to_string(8 * f.size);
+    }
+}
+
 template <class V> const Field* WalkLevel(const Field* f, V& v, const Place& record, const std::string& object,
                                           const std::string& group);
 

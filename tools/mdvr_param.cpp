@@ -79,28 +79,6 @@ const TypeInfo* FindType(const std::string& what)
     return nullptr;
 }
 
-// Places a value at a field path ("RCP[0].RSI[1][2].S") in a JSON tree.
-void PutPath(Json::Value& root, const std::string& path, const Json::Value& value)
-{
-    Json::Value* at = &root;
-    size_t i = 0;
-    while (i < path.size()) {
-        if (path[i] == '.') {
-            ++i;
-        } else if (path[i] == '[') {
-            const size_t close = path.find(']', i);
-            at = &(*at)[Json::ArrayIndex(std::stoul(path.substr(i + 1, close - i - 1)))];
-            i = close + 1;
-        } else {
-            const size_t end = path.find_first_of(".[", i);
-            const std::string name = path.substr(i, end == std::string::npos ? std::string::npos : end - i);
-            at = &(*at)[name];
-            i = end == std::string::npos ? path.size() : end;
-        }
-    }
-    *at = value;
-}
-
 // ---------------------------------------------------------------------------
 
 // The bytes of a file, or of standard input for "-".
@@ -211,7 +189,7 @@ int Show(const std::string& only, const std::string& format, const std::string& 
             Json::Value record(Json::objectValue);
             for (const para::FieldInfo& f : p.layout)
                 if (f.kind != para::Kind::Reserved)
-                    PutPath(record, f.path, para::ValueJson(p.bytes, f));
+                    para::At(record, f.path) = para::ValueJson(p.bytes, f);
             all[t->key] = record;
         }
     }
