@@ -60,12 +60,13 @@ mirror=${ARMHF_MIRROR:-$(host_mirror "$suite")}
 
 echo "armhf sysroot: ${packages[*]} from $suite ($mirror) into $sysroot" >&2
 new=$sysroot.new
+trap 'rm -rf "$new"' EXIT # what a failed run leaves
 started=$SECONDS
 make_root() {
     rm -rf "$new"
-    mmdebstrap --quiet --variant=extract --architectures=armhf --components=main \
+    mmdebstrap --variant=extract --architectures=armhf --components=main \
         --include="$(IFS=,; echo "${packages[*]}")" \
-        --aptopt='Acquire::Retries "2"' --skip=cleanup/apt/cache \
+        --aptopt='Acquire::Retries "2"' --skip=cleanup/apt/cache --skip=chroot/mount \
         "$suite" "$new" "$mirror"
 }
 retry "make the armhf sysroot (${packages[*]} of $suite from $mirror)" make_root

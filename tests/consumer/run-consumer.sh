@@ -78,3 +78,5 @@ if [ -n "$toolchain" ]; then
 else
     LD_LIBRARY_PATH=$libdir "$program"
 fi
+# The staged sysroot is kept only when something failed.
+[ -z "${stage:-}" ] || rm -rf "$stage"
