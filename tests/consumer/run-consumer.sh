@@ -34,10 +34,12 @@ case $mode in
 cmake)
     prefix=$work/prefix
     cmake --install "$build" --prefix "$prefix" >/dev/null
-    cross=()
-    [ -z "$toolchain" ] ||
-        cross=(-DCMAKE_TOOLCHAIN_FILE="$toolchain" -DCMAKE_SYSROOT="$sysroot" -DCMAKE_FIND_ROOT_PATH="$prefix")
-    cmake -S "$here" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" "${cross[@]}" >/dev/null
+    if [ -z "$toolchain" ]; then
+        found=(-DCMAKE_PREFIX_PATH="$prefix")
+    else
+        found=(-DCMAKE_TOOLCHAIN_FILE="$toolchain" -DCMAKE_SYSROOT="$sysroot" -DCMAKE_FIND_ROOT_PATH="$prefix")
+    fi
+    cmake -S "$here" -B "$work/build" "${found[@]}" >/dev/null
     cmake --build "$work/build" >/dev/null
     program=$work/build/consumer
     libdir=$(dirname "$(find "$prefix" -name libBSCommonLibrary.so | head -1)")
