@@ -3,8 +3,9 @@
 #
 #   -DCMAKE_SYSROOT=DIR   the sysroot: a vendor SDK's, or a copy of ours (an
 #                         absolute path)
-#   otherwise             $ENV{ARMHF_SYSROOT}, else build/sysroot-armhf of this
-#                         source tree, as scripts/armhf-sysroot.sh makes it
+#   otherwise             $ENV{ARMHF_SYSROOT} (absolute too), else
+#                         build/sysroot-armhf of this source tree, as
+#                         scripts/armhf-sysroot.sh makes it
 #
 # Packages installed elsewhere for armhf (an installed BSCommonLibrary) are
 # found by naming their prefix in CMAKE_FIND_ROOT_PATH.
@@ -21,6 +22,9 @@ if(NOT CMAKE_SYSROOT)
     else()
         get_filename_component(CMAKE_SYSROOT "${CMAKE_CURRENT_LIST_DIR}/../build/sysroot-armhf" ABSOLUTE)
     endif()
+endif()
+if(NOT IS_ABSOLUTE "${CMAKE_SYSROOT}")
+    message(FATAL_ERROR "The armhf sysroot is named by an absolute path, not ${CMAKE_SYSROOT}")
 endif()
 if(NOT IS_DIRECTORY "${CMAKE_SYSROOT}/usr/include")
     message(FATAL_ERROR "No armhf sysroot at ${CMAKE_SYSROOT}: scripts/setup.sh all makes one, "
