@@ -19,8 +19,8 @@ build=build/armhf-perf
 cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE=cmake/armhf-toolchain.cmake \
       -DBSCOMMON_TESTS=OFF -DBSCOMMON_BENCH=ON >/dev/null
 cmake --build "$build" -j"$(nproc)" --target BSCommonLibrary adapt_count adapt_stack >/dev/null
-sysroot=$(sed -n 's/^CMAKE_SYSROOT:[A-Z]*=//p' "$build/CMakeCache.txt")
-[ -n "$sysroot" ] || sysroot=$(grep -o 'CMAKE_SYSROOT "[^"]*"' "$build"/CMakeFiles/*/CMakeSystem.cmake 2>/dev/null | head -1 | cut -d'"' -f2)
+# The sysroot the toolchain file takes by default.
+sysroot=$(realpath "${ARMHF_SYSROOT:-build/sysroot-armhf}")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
