@@ -109,15 +109,6 @@ constexpr bool InTypeOrder()
 }
 static_assert(InTypeOrder(), "one row per type, in type order from 0");
 
-// The row of a section key, nullptr for none.
-inline const Type* TypeOfKey(const char* key)
-{
-    for (const Type& t : kTypes)
-        if (std::strcmp(t.key, key) == 0)
-            return &t;
-    return nullptr;
-}
-
 // Reads type `type`'s section of `doc` into `record` with its parser's rules.
 int ParseSection(const Type& type, const Json::Value& doc, void* record);
 
