@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs a build into a scratch prefix, then builds the consumer program
-# against that installed tree and runs it.
+# Installs a build into a scratch prefix, then builds the consumer program and
+# the guide's example against that installed tree and runs the consumer.
 #   run-consumer.sh BUILD_DIR cmake|pkg-config [TOOLCHAIN_FILE]
 # With a toolchain file (armhf) the consumer is cross built and run under
 # qemu-arm. Exits non-zero when any step fails.
@@ -36,9 +36,11 @@ pkg-config)
     # Only the installed tree and the target's own system files.
     export PKG_CONFIG_LIBDIR=$libdir/pkgconfig:/usr/lib/$multiarch/pkgconfig:/usr/share/pkgconfig
     pkg-config --exists --print-errors BSCommonLibrary
-    # shellcheck disable=SC2046
-    $cxx -std=c++17 -Wall -Wextra -Werror "$here/consumer.cpp" -o "$work/consumer" \
-        $(pkg-config --cflags --libs BSCommonLibrary)
+    for program in "$here/consumer.cpp" "$here/../../examples/guide_example.cpp"; do
+        # shellcheck disable=SC2046
+        $cxx -std=c++17 -Wall -Wextra -Werror "$program" -o "$work/$(basename "$program" .cpp)" \
+            $(pkg-config --cflags --libs BSCommonLibrary)
+    done
     program=$work/consumer
     ;;
 *)
