@@ -8,7 +8,8 @@
 //
 // --event: the parameter message id (default 0x101); --count: stop after N
 // parameter messages (default: run until SIGINT or SIGTERM). The bus is the
-// one MDVR_BUS names (docs/bus.md). Exit status 0, or 2 for a usage error.
+// one MDVR_BUS names (docs/bus.md). Exit status 0, 1 when no bus answers, 2
+// for a usage error.
 #include "CommonParaAdapter.h"
 #include "CommonUtils.h"
 #include "MsgClientManage.h"
@@ -119,7 +120,7 @@ const char kHelp[] =
     "  --help        print this help and exit\n"
     "  --version     print the version and exit\n"
     "\n"
-    "Exit status: 0 success, 2 a usage error.\n";
+    "Exit status: 0 success, 1 no bus answered when the bus client was created, 2 a usage error.\n";
 
 // A number of C syntax (0x101, 257) that is all of `text`.
 bool Number(const char* text, long& value)
