@@ -8,7 +8,7 @@
 // dump, labelled "parse" or "adapt KEY"; without it, one profile of the whole
 // run. Run natively, it prints the number of heap allocations of each phase.
 #include "CommonParaAdapter.h"
-#include "ParaTypeTable.h"
+#include "ParaTypes.h"
 
 #include <json/reader.h>
 #include <valgrind/callgrind.h>
@@ -72,17 +72,18 @@ int main(int argc, char** argv)
 
     long adaptAllocations = 0;
     int sections = 0, failed = 0;
-#define ADAPT_PRESENT(type, key, parser, rec)                                                     \
-    if (!para::Section(doc, key).isNull()) {                                                     \
-        before = g_allocations;                                                                   \
-        if (dump) CALLGRIND_ZERO_STATS;                                                                     \
-        failed += AdaptParaJson(static_cast<_PARA_TYPE_>(type), doc, record.data()) != 0;        \
-        if (dump) CALLGRIND_DUMP_STATS_AT("adapt " key);                                            \
-        adaptAllocations += g_allocations - before;                                               \
-        ++sections;                                                                               \
+    for (const para::Type& t : para::kTypes) {
+        if (para::Section(doc, t.key).isNull())
+            continue;
+        before = g_allocations;
+        if (dump)
+            CALLGRIND_ZERO_STATS;
+        failed += AdaptParaJson(static_cast<_PARA_TYPE_>(t.type), doc, record.data()) != 0;
+        if (dump)
+            CALLGRIND_DUMP_STATS_AT((std::string("adapt ") + t.key).c_str());
+        adaptAllocations += g_allocations - before;
+        ++sections;
     }
-    PARA_TYPES(ADAPT_PRESENT)
-#undef ADAPT_PRESENT
     std::printf("adapt allocations %ld\nsections %d\nfailed %d\n", adaptAllocations, sections, failed);
     return failed ? 1 : 0;
 }

@@ -1,7 +1,7 @@
 // Parsing the example parameter document with the JSON library beside
 // adapting every section present in it, in one run.
 #include "CommonParaAdapter.h"
-#include "ParaTypeTable.h"
+#include "ParaTypes.h"
 
 #include <benchmark/benchmark.h>
 #include <json/reader.h>
@@ -47,13 +47,11 @@ void BM_AdaptExample(benchmark::State& state)
     int sections = 0;
     for (auto _ : state) {
         sections = 0;
-#define ADAPT_PRESENT(type, key, parser, rec)                                                    \
-        if (!para::Section(doc, key).isNull()) {                                                \
-            benchmark::DoNotOptimize(AdaptParaJson(static_cast<_PARA_TYPE_>(type), doc, record.data())); \
-            ++sections;                                                                          \
-        }
-        PARA_TYPES(ADAPT_PRESENT)
-#undef ADAPT_PRESENT
+        for (const para::Type& t : para::kTypes)
+            if (!para::Section(doc, t.key).isNull()) {
+                benchmark::DoNotOptimize(AdaptParaJson(static_cast<_PARA_TYPE_>(t.type), doc, record.data()));
+                ++sections;
+            }
         benchmark::ClobberMemory();
     }
     state.counters["sections"] = sections;

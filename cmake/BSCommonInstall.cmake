@@ -97,15 +97,27 @@ set(BSCOMMON_DEB_ARCH_aarch64 arm64)
 set(BSCOMMON_DEB_ARCH ${BSCOMMON_DEB_ARCH_${CMAKE_SYSTEM_PROCESSOR}})
 
 # Sets `var` to "package (>= version)" for the package that holds `file`, or
-# to `fallback` when dpkg does not know the file.
+# to `fallback` when dpkg does not know the file. A file of the sysroot is
+# looked up in the sysroot's own dpkg database (scripts/armhf-sysroot.sh
+# writes one).
 function(bscommon_deb_dependency var file fallback)
     set(${var} ${fallback} PARENT_SCOPE)
     get_filename_component(file "${file}" REALPATH)
-    execute_process(COMMAND dpkg-query -S ${file}
+    set(admindir "")
+    if(CMAKE_SYSROOT)
+        get_filename_component(sysroot "${CMAKE_SYSROOT}" REALPATH)
+        string(LENGTH "${sysroot}" length)
+        string(SUBSTRING "${file}" 0 ${length} head)
+        if(head STREQUAL sysroot)
+            string(SUBSTRING "${file}" ${length} -1 file)
+            set(admindir --admindir=${sysroot}/var/lib/dpkg)
+        endif()
+    endif()
+    execute_process(COMMAND dpkg-query ${admindir} -S ${file}
         OUTPUT_VARIABLE owner ERROR_QUIET OUTPUT_STRIP_TRAILING_WHITESPACE)
     if(owner MATCHES "^([^:,]+):([^:,]+): ")
         set(package ${CMAKE_MATCH_1})
-        execute_process(COMMAND dpkg-query -W -f=\${Version} ${CMAKE_MATCH_1}:${CMAKE_MATCH_2}
+        execute_process(COMMAND dpkg-query ${admindir} -W -f=\${Version} ${CMAKE_MATCH_1}:${CMAKE_MATCH_2}
             OUTPUT_VARIABLE version ERROR_QUIET OUTPUT_STRIP_TRAILING_WHITESPACE)
         set(${var} "${package} (>= ${version})" PARENT_SCOPE)
     endif()
@@ -146,17 +158,21 @@ set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "headers, CMake package, pkg-config 
 include(CPack)
 
 # Tests of what is installed and packaged (not with sanitizers: a consumer
-# would have to bring their runtimes).
+# would have to bring their runtimes). A cross-built consumer gets the build's
+# toolchain file and sysroot, and for pkg-config its compiler and flags.
 if(BSCOMMON_TESTS AND NOT BSCOMMON_SANITIZE AND NOT BSCOMMON_FUZZ)
-    set(BSCOMMON_CONSUMER_TOOLCHAIN "")
+    set(BSCOMMON_CONSUMER_CROSS "")
     if(CMAKE_TOOLCHAIN_FILE)
         get_filename_component(BSCOMMON_CONSUMER_TOOLCHAIN "${CMAKE_TOOLCHAIN_FILE}" ABSOLUTE
             BASE_DIR ${CMAKE_SOURCE_DIR})
+        set(BSCOMMON_CONSUMER_CROSS ${BSCOMMON_CONSUMER_TOOLCHAIN} ${CMAKE_SYSROOT})
     endif()
     foreach(mode cmake pkg-config)
         add_test(NAME consumer_${mode}
-            COMMAND bash ${CMAKE_SOURCE_DIR}/tests/consumer/run-consumer.sh ${CMAKE_BINARY_DIR} ${mode}
-                    ${BSCOMMON_CONSUMER_TOOLCHAIN})
+            COMMAND ${CMAKE_COMMAND} -E env "CXX=${CMAKE_CXX_COMPILER}" "CXXFLAGS=${CMAKE_CXX_FLAGS}"
+                    "LDFLAGS=${CMAKE_EXE_LINKER_FLAGS}"
+                    bash ${CMAKE_SOURCE_DIR}/tests/consumer/run-consumer.sh ${CMAKE_BINARY_DIR} ${mode}
+                    ${BSCOMMON_CONSUMER_CROSS})
     endforeach()
     add_test(NAME deb_contents
         COMMAND bash ${CMAKE_SOURCE_DIR}/tests/consumer/check-debs.sh ${CMAKE_BINARY_DIR} ${BSCOMMON_DEB_ARCH})

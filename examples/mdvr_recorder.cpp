@@ -14,7 +14,7 @@
 #include "CommonUtils.h"
 #include "MsgClientManage.h"
 #include "ParaShow.h"
-#include "ParaTypeTable.h"
+#include "ParaTypes.h"
 
 #include <json/writer.h>
 
@@ -35,33 +35,14 @@ void OnSignal(int) { g_stop = 1; }
 
 const int kModule = 1;
 
-template <class R>
-void Adapt(int type, const char* key, const char* parser, const char* record, const Json::Value& doc)
+// Adapts one section into a zeroed record and prints it as `mdvr-param show` does.
+void Adapt(const para::Type& t, const Json::Value& doc)
 {
-    std::unique_ptr<R> r(new R());
-    const int result = AdaptParaJson(static_cast<_PARA_TYPE_>(type), doc, r.get());
-    para::ShowRecord(stdout, key, type, record, sizeof(R), parser, result,
-                     std::string(reinterpret_cast<const char*>(r.get()), sizeof(R)), para::Layout(*r));
-}
-
-struct Type {
-    int type;
-    const char* key;
-    void (*adapt)(int type, const char* key, const char* parser, const char* record, const Json::Value& doc);
-    const char* parser;
-    const char* record;
-};
-
-// Every parameter type, in type order as `mdvr-param show` lists them.
-std::vector<Type> Types()
-{
-    std::vector<Type> types = {
-#define RECORDER_TYPE(type, key, parser, record) {type, key, &Adapt<record>, #parser, #record},
-        PARA_TYPES(RECORDER_TYPE)
-#undef RECORDER_TYPE
-    };
-    std::sort(types.begin(), types.end(), [](const Type& a, const Type& b) { return a.type < b.type; });
-    return types;
+    const para::Record& record = *t.parser.record;
+    std::vector<unsigned char> r(record.size);
+    const int result = AdaptParaJson(static_cast<_PARA_TYPE_>(t.type), doc, r.data());
+    para::ShowRecord(stdout, t.key, t.type, record.name, record.size, t.parser.name, result,
+                     std::string(r.begin(), r.end()), para::Layout(record));
 }
 
 class Recorder {
@@ -80,10 +61,10 @@ public:
             return;
         }
         Json::Value sections(Json::arrayValue);
-        for (const Type& t : types_) {
+        for (const para::Type& t : para::kTypes) {
             if (para::Section(doc, t.key).isNull())
                 continue;
-            t.adapt(t.type, t.key, t.parser, t.record, doc);
+            Adapt(t, doc);
             sections.append(t.key);
         }
         std::fflush(stdout);
@@ -104,7 +85,6 @@ public:
 
 private:
     CMsgClientManage& bus_;
-    const std::vector<Type> types_ = Types();
 };
 
 const char kUsage[] = "Usage: mdvr-recorder [--name NAME] [--event ID] [--count N]\n";

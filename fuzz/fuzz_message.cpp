@@ -6,7 +6,7 @@
 // filled with a sentinel; a type without a parser must leave its record alone.
 #include "CommonParaAdapter.h"
 #include "FuzzSupport.h"
-#include "ParaTypeTable.h"
+#include "ParaTypes.h"
 #include "ToolkitHost.h"
 
 #include <vector>
@@ -16,29 +16,15 @@ namespace {
 constexpr int kFirstType = -1;
 constexpr int kLastType = 61;
 
-struct TypeSizes {
-    size_t size[kLastType + 1] = {};
-    TypeSizes()
-    {
-#define FUZZ_TYPE_SIZE(type, key, parser, record) size[type] = sizeof(record);
-        PARA_TYPES(FUZZ_TYPE_SIZE)
-#undef FUZZ_TYPE_SIZE
-    }
-};
+// The record size of a type, 0 for one without a parser.
+size_t SizeOf(int type)
+{
+    return type >= 0 && type < para::kTypeCount ? para::kTypes[type].parser.record->size : 0;
+}
 
 // The exported parsers that take the object itself (and the array, for the
 // snapshot list): X(call, record type).
-#define FUZZ_SUB_RECORD_PARSERS(X)                                  \
-    X(ParseAlarmLinkRecord, alarmLinkRecord_t)                      \
-    X(ParseAlarmLinkSnapShot, alarmLinkSnapShot)                    \
-    X(ParseAlarmLinkOutput, alarmLinkOutput_t)                      \
-    X(ParseAlarmLinkProcess, alarmLinkProcess_t)                    \
-    X(ParseAlarmPlan, alarmPlan_t)                                  \
-    X(ParseCommonSnapPara, CommonSnapPara_t)                        \
-    X(ParseNCommonSnapPara<16>, CommonSnapPara_t[16])               \
-    X(ParseBoHaoParamJson, paramBoHaoParam_t)                       \
-    X(ParseGDSAlarmThresh1, paramAlarmThresh1_t)                    \
-    X(ParseGDSAlarmThresh2, paramAlarmThresh2_t)
+#define FUZZ_SUB_RECORD_PARSERS(X) PARA_SUB_PARSERS(X) X(ParseNCommonSnapPara<16>, CommonSnapPara_t[16])
 
 template <class R> R& As(fuzz::Guarded& buffer) { return *reinterpret_cast<R*>(buffer.data()); }
 
@@ -69,7 +55,6 @@ void Quiet(const ToolkitHost::LogLine&, void*) {}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    static const TypeSizes sizes;
     ToolkitHost::SetLogSink(Quiet, nullptr);
 
     fuzz::Guarded message(data, size);
@@ -81,7 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     // Whatever the reader left in the document after a failed parse is
     // handed on too: a caller may not check the result.
     for (int type = kFirstType; type <= kLastType; ++type) {
-        const size_t recordSize = type >= 0 ? sizes.size[type] : 0;
+        const size_t recordSize = SizeOf(type);
         fuzz::Guarded record(recordSize);
         const int result = AdaptParaJson(static_cast<_PARA_TYPE_>(type), root, record.data());
         if (recordSize == 0)

@@ -4,19 +4,25 @@
 #                           valgrind, ZeroMQ (libzmq, cppzmq) and CLI11 for the development bus
 #                           and mdvr-param, Python's JSON Schema validator for the tests,
 #                           doxygen (API reference), help2man and man-db (man pages and their check)
-#   scripts/setup.sh all    the above plus the armhf cross toolchain, armhf
-#                           libraries (multiarch) and qemu-user. Of ZeroMQ the
-#                           armhf build needs only the runtime library (headers
-#                           are the host's): libzmq3-dev:armhf would pull in a
-#                           chain of -dev packages for nothing. Also clang with
+#   scripts/setup.sh all    the above plus the armhf cross compiler, qemu-user and
+#                           mmdebstrap, then the armhf sysroot (scripts/armhf-sysroot.sh:
+#                           the armhf libraries and headers, extracted into build/ or
+#                           ARMHF_SYSROOT, never installed on the host). Also clang with
 #                           libFuzzer (fuzz targets), abigail-tools (ABI check),
 #                           pkg-config (consumer test).
+# The host keeps its architectures: no armhf package is installed on it.
+# apt-get update, the installation and the sysroot are tried again after 5, 15
+# and 30 s when the mirror fails them (it may be in the middle of a sync); when
+# the last attempt fails too, one line says what could not be had.
 set -euo pipefail
+here=$(cd "$(dirname "$0")" && pwd)
+# shellcheck source=fetch.sh
+. "$here/fetch.sh"
 
 want=(cmake make g++ libjsoncpp-dev libgtest-dev libbenchmark-dev valgrind libzmq3-dev cppzmq-dev libcli11-dev
       python3-jsonschema doxygen help2man man-db)
 if [ "${1:-all}" = all ]; then
-    want+=(g++-arm-linux-gnueabihf binutils-arm-linux-gnueabihf qemu-user libc6:armhf libjsoncpp-dev:armhf libgtest-dev:armhf libzmq5:armhf)
+    want+=(g++-arm-linux-gnueabihf binutils-arm-linux-gnueabihf qemu-user mmdebstrap)
     want+=(clang libclang-rt-14-dev abigail-tools pkg-config)
 fi
 
@@ -26,13 +32,16 @@ missing=()
 for pkg in "${want[@]}"; do
     dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep -q 'install ok installed' || missing+=("$pkg")
 done
-[ ${#missing[@]} -eq 0 ] && exit 0
 
-if printf '%s\n' "${missing[@]}" | grep -q ':armhf$' && ! dpkg --print-foreign-architectures | grep -qx armhf; then
-    run dpkg --add-architecture armhf
+if [ ${#missing[@]} -gt 0 ]; then
+    echo "installing: ${missing[*]}"
+    # Another installation on the machine holds the dpkg lock: wait for it.
+    apt=(env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=300)
+    retry "update the package lists (apt-get update)" run "${apt[@]}" update -qq
+    retry "install ${missing[*]}" \
+        run "${apt[@]}" install -y -qq --no-install-recommends "${missing[@]}"
 fi
-echo "installing: ${missing[*]}"
-# A mirror in the middle of a sync can fail one index; what is needed is
-# usually still there, so an incomplete update is retried once, then tolerated.
-run apt-get update -qq || { sleep 5; run apt-get update -qq; } || true
-run env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
+
+if [ "${1:-all}" = all ]; then
+    "$here/armhf-sysroot.sh" >/dev/null
+fi

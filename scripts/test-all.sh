@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Builds and runs every test: on the host, on the host under AddressSanitizer
-# and UndefinedBehaviorSanitizer, and for 32-bit ARM (armhf) under qemu-arm
-# (the host and armhf suites include the installed-consumer and Debian package
-# tests); then compares both libraries with their ABI baselines and runs each
-# fuzz target for a short while.
+# and UndefinedBehaviorSanitizer, and for 32-bit ARM (armhf) against the armhf
+# sysroot that setup.sh makes, under qemu-arm (the host and armhf suites
+# include the installed-consumer and Debian package tests); then compares both
+# libraries with their ABI baselines and runs each fuzz target for a short while.
 # Exits non-zero on any failure.
 set -euo pipefail
 cd "$(dirname "$0")/.."

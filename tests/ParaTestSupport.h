@@ -4,6 +4,7 @@
 #define PARA_TEST_SUPPORT_H
 
 #include "CommonParaAdapter.h"
+#include "ParaTypes.h"
 #include "ToolkitHost.h"
 
 #include <gtest/gtest.h>
@@ -15,6 +16,7 @@
 #include <fstream>
 #include <memory>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -239,6 +241,18 @@ void ExpectParsed(Parse parse, const std::string& json, int result, const Fields
     EXPECT_EQ(parse(Json(json), *record), result) << json;
     ExpectFields(record.get(), sizeof(R), fields, json, whole);
     EXPECT_EQ(Logged(log), logged) << json;
+}
+
+// The conversion step of a record's table that reads `keys`.
+inline const para::Field& StepField(const para::Record& record, const char* keys)
+{
+    int depth = 0;
+    for (const para::Field* f = record.fields; f->op != para::Op::End || depth-- > 0; ++f) {
+        depth += f->op == para::Op::Group;
+        if (f->op == para::Op::Step && std::string(f->key, f->length) == keys)
+            return *f;
+    }
+    throw std::logic_error(std::string("no step reads ") + keys);
 }
 
 } // namespace paratest

@@ -2,6 +2,7 @@
 // detection region and the area, speed, area-limit, IO, urgent,
 // video-analysis, fatigue-driving and timeout-parking alarm sections.
 #include "AlarmParams.h"
+#include "ParaShow.h"
 #include "ParaTestSupport.h"
 
 #include <json/writer.h>
@@ -384,7 +385,7 @@ TEST(MDRegion, EveryLengthAndPointerStaysInsideBothBuffers)
 // What the region step reports to the inspector, its inverse and its layout.
 TEST(MDRegion, StepChecksWritesBackAndShowsAsHex)
 {
-    const para::HexRegion<50> step{"R"};
+    const para::Field& step = paratest::StepField(para::Describe<MDAlarmEntry_t>::record, "R");
     const struct {
         std::string object;
         std::vector<std::string> reported;
@@ -400,8 +401,8 @@ TEST(MDRegion, StepChecksWritesBackAndShowsAsHex)
     };
     for (const auto& c : cases) {
         std::vector<std::string> reported;
-        step.Check(paratest::Json(c.object), [&](const char* key, const std::string& what) {
-            EXPECT_STREQ(key, "R");
+        para::HexRegion::Check(paratest::Json(c.object), step, [&](const std::string& key, const std::string& what) {
+            EXPECT_EQ(key, "R");
             reported.push_back(what);
         });
         EXPECT_EQ(reported, c.reported) << c.object;
@@ -413,15 +414,14 @@ TEST(MDRegion, StepChecksWritesBackAndShowsAsHex)
         for (unsigned i = 0; i < 50; ++i)
             src[i] = static_cast<unsigned char>(first + i);
         Json::Value object;
-        step.Write(src, object);
+        para::HexRegion::Write(src, step, object);
         std::memset(back, kSentinel, sizeof back);
-        step.Read(object, back);
+        para::HexRegion::Read(object, step, back);
         EXPECT_EQ(std::memcmp(src, back, 50), 0) << object;
         EXPECT_EQ(object["R"].asString().size(), 100u);
     }
 
-    auto rec = Sentinel<tag_MsgMDAlarmSetting>();
-    const std::vector<para::FieldInfo> layout = para::Layout(*rec);
+    const std::vector<para::FieldInfo> layout = para::Layout(para::Describe<tag_MsgMDAlarmSetting>::record);
     const auto region = std::find_if(layout.begin(), layout.end(), [](const para::FieldInfo& f) { return f.path == "PMD[3].R"; });
     ASSERT_NE(region, layout.end());
     EXPECT_EQ(region->offset, 1936u + 3 * 56 + 4);

@@ -1,7 +1,8 @@
 // The adapter frame: JSON readers, the dispatcher, message bodies, the time
 // sections, and properties every registered record description must have.
 #include "ParaTestSupport.h"
-#include "ParaTypeTable.h"
+#include "ParaShow.h"
+#include "ParaTypes.h"
 
 #include <algorithm>
 #include <climits>
@@ -42,12 +43,10 @@ template <class T> void CheckIntegral(const std::vector<IntCase>& cases, T def)
     }
 }
 
-// Calls visit(type, key, (record*)nullptr) for every registered type.
-template <class Visit> void ForEachType(Visit visit)
+// A record of a registered type, filled with the sentinel.
+std::vector<unsigned char> SentinelRecord(const para::Type& t)
 {
-#define PARA_VISIT(type, key, parser, record) visit(type, key, static_cast<record*>(nullptr));
-    PARA_TYPES(PARA_VISIT)
-#undef PARA_VISIT
+    return std::vector<unsigned char>(t.parser.record->size, kSentinel);
 }
 
 } // namespace
@@ -254,10 +253,10 @@ Json::Value Example() { return paratest::Json(Slurp(ExampleFile())); }
 TEST(Dispatcher, EmptyOrAbsentSectionOfEveryType)
 {
     std::vector<size_t> sizes(52, 0);
-    ForEachType([&](int type, const char* key, auto* tag) {
-        sizes.at(type) = sizeof *tag;
-        EXPECT_STREQ(kEmptySections[type].key, key);
-    });
+    for (const para::Type& t : para::kTypes) {
+        sizes.at(t.type) = t.parser.record->size;
+        EXPECT_STREQ(kEmptySections[t.type].key, t.key);
+    }
     // Absent: the example with every other section, none of which may be read.
     const Json::Value example = Example();
     ASSERT_EQ(std::size(kEmptySections), 52u);
@@ -432,8 +431,9 @@ TEST(RecordDescriptions, SparseArraysKeepTheirIndices)
 
 TEST(RecordDescriptions, FieldsTileEveryRecordExactly)
 {
-    ForEachType([](int, const char* key, auto* tag) {
-        std::vector<para::FieldInfo> fields = para::Layout(*Sentinel<std::remove_pointer_t<decltype(tag)>>());
+    for (const para::Type& t : para::kTypes) {
+        const char* key = t.key;
+        std::vector<para::FieldInfo> fields = para::Layout(*t.parser.record);
         std::sort(fields.begin(), fields.end(),
                   [](const para::FieldInfo& a, const para::FieldInfo& b) { return a.offset < b.offset; });
         size_t next = 0;
@@ -442,20 +442,20 @@ TEST(RecordDescriptions, FieldsTileEveryRecordExactly)
             next = f.offset + f.size;
         }
         // Tail padding of the record's alignment is the only thing left over.
-        EXPECT_LE(next, sizeof *tag) << key;
-        EXPECT_LT(sizeof *tag - next, 8u) << key << ": bytes after the last described field";
-    });
+        EXPECT_LE(next, t.parser.record->size) << key;
+        EXPECT_LT(t.parser.record->size - next, 8u) << key << ": bytes after the last described field";
+    }
 }
 
 TEST(RecordDescriptions, NoExceptionForAnyShapeAtAnyLevel)
 {
     const char* kinds[] = {"null", "true", "0", "-1", "1.5", "\"t\"", "[]", "[1]", "[[1]]", "{}", "{\"X\":1}", "[{}]"};
-    ForEachType([&](int type, const char* key, auto* tag) {
-        using R = std::remove_pointer_t<decltype(tag)>;
+    for (const para::Type& t : para::kTypes) {
+        const char* key = t.key;
         // Every distinct key path of the record ("RCP[0].RSI[1]" and its
         // prefixes), indices folded to [0] and [1].
         std::set<std::string> prefixes;
-        for (const para::FieldInfo& f : para::Layout(*Sentinel<R>()))
+        for (const para::FieldInfo& f : para::Layout(*t.parser.record))
             for (size_t n = 0; f.kind != para::Kind::Reserved && n <= f.keys.size(); ++n)
                 if (n == f.keys.size() || f.keys[n] == '.' || f.keys[n] == '[') {
                     const std::string prefix = f.keys.substr(0, n);
@@ -472,11 +472,11 @@ TEST(RecordDescriptions, NoExceptionForAnyShapeAtAnyLevel)
                 Json::Value& section = doc["PARAMETER"]["MDVR"][key];
                 (prefix.empty() ? section : Json::Path(prefix).make(section)) = leaf;
                 LogCapture quiet;
-                auto r = Sentinel<R>();
-                EXPECT_NO_THROW(AdaptParaJson(static_cast<_PARA_TYPE_>(type), doc, r.get())) << key << " " << prefix << " with " << kind;
+                std::vector<unsigned char> r = SentinelRecord(t);
+                EXPECT_NO_THROW(AdaptParaJson(static_cast<_PARA_TYPE_>(t.type), doc, r.data())) << key << " " << prefix << " with " << kind;
             }
         }
-    });
+    }
 }
 
 // ---------------------------------------------------------------------------
@@ -517,13 +517,13 @@ TEST(RecordDescriptions, ParsingTheExampleAllocatesNothing)
     const Json::Value doc = Example();
     std::vector<unsigned char> record(64 * 1024);
     int parsed = 0;
-    ForEachType([&](int type, const char* key, auto*) {
-        if (para::Section(doc, key).isNull() || !++parsed)
-            return;
+    for (const para::Type& t : para::kTypes) {
+        if (para::Section(doc, t.key).isNull() || !++parsed)
+            continue;
         int result = -1;
-        EXPECT_EQ(Allocations([&] { result = AdaptParaJson(static_cast<_PARA_TYPE_>(type), doc, record.data()); }), 0) << key;
-        EXPECT_EQ(result, 0) << key;
-    });
+        EXPECT_EQ(Allocations([&] { result = AdaptParaJson(static_cast<_PARA_TYPE_>(t.type), doc, record.data()); }), 0) << t.key;
+        EXPECT_EQ(result, 0) << t.key;
+    }
     EXPECT_GE(parsed, 2);
 
     // Texts longer than any small-string buffer.

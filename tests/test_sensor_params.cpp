@@ -244,7 +244,13 @@ TEST(GDSThresholds, EveryJsonKindDirectly)
 // is what the parser loses, and writing a value back reads it back.
 TEST(TenthsText, CheckReportsWhatTheReadLoses)
 {
-    const para::TenthsText tx{"TX"};
+    const para::Field& tx = paratest::StepField(para::Describe<tag_msgAccelAlarmSetting>::record, "TX");
+    // The field's bytes as the step reads and writes them.
+    const auto read = [&](const Json::Value& acp) {
+        unsigned char at[2] = {0xA5, 0xA5};
+        para::TenthsText::Read(acp, tx, at);
+        return static_cast<unsigned>(at[0] | at[1] << 8);
+    };
     const struct {
         const char* json; // the ACP object
         unsigned short stored;
@@ -262,21 +268,18 @@ TEST(TenthsText, CheckReportsWhatTheReadLoses)
     };
     for (const auto& c : cases) {
         const Json::Value acp = paratest::Json(c.json);
-        unsigned short stored = 0xA5A5;
-        tx.Read(acp, stored);
-        EXPECT_EQ(stored, c.stored) << c.json;
+        EXPECT_EQ(read(acp), c.stored) << c.json;
         std::vector<std::string> reports;
-        tx.Check(acp, [&](const char* key, const std::string& what) {
-            EXPECT_STREQ(key, "TX");
+        para::TenthsText::Check(acp, tx, [&](const std::string& key, const std::string& what) {
+            EXPECT_EQ(key, "TX");
             reports.push_back(what);
         });
         EXPECT_EQ(reports, c.reports) << c.json;
     }
     for (unsigned v = 0; v <= 0xFFFF; ++v) {
         Json::Value acp;
-        tx.Write(static_cast<unsigned short>(v), acp);
-        unsigned short back = 0;
-        tx.Read(acp, back);
-        ASSERT_EQ(back, v) << acp["TX"].asString();
+        const unsigned char field[2] = {static_cast<unsigned char>(v), static_cast<unsigned char>(v >> 8)};
+        para::TenthsText::Write(field, tx, acp);
+        ASSERT_EQ(read(acp), v) << acp["TX"].asString();
     }
 }

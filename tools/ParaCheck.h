@@ -3,9 +3,9 @@
 #ifndef PARA_CHECK_H
 #define PARA_CHECK_H
 
-#include "ParaDescribe.h"
+#include "ParaWalk.h"
 
-#include <memory>
+#include <cstring>
 #include <set>
 #include <string>
 #include <type_traits>
@@ -34,110 +34,56 @@ inline const char* JsonTypeName(const Json::Value& v)
     return "a value";
 }
 
-// Whether a conversion step can report its own losses: Check(object, report).
-struct IgnoreReport {
-    void operator()(const char*, const std::string&) const {}
-};
-template <class Step, class = void> struct HasCheck : std::false_type {};
-template <class Step>
-struct HasCheck<Step, std::void_t<decltype(std::declval<const Step&>().Check(std::declval<const Json::Value&>(),
-                                                                             IgnoreReport()))>>
-    : std::true_type {};
-
-// The leaf of the checking walk. Values are read into scratch copies with the
-// library's own readers, so what is reported is what the parser stores.
-class CheckLeaf {
+// Checks one section object: walks its record's table over the JSON the way
+// the parser navigates it and reports what the parser would lose. Values are
+// read into scratch bytes with the library's own readers, so what is
+// reported is what the parser stores.
+class CheckVisitor {
 public:
-    CheckLeaf(std::string root, std::vector<Finding>& out) : out_(&out) { path_.push_back(std::move(root)); }
-
-    template <class T> void Scalar(const Json::Value& value, T&)
+    CheckVisitor(const Json::Value& section, std::string root, std::vector<Finding>& out)
+        : root_(std::move(root)), out_(&out)
     {
-        T stored{};
-        const int result = ReadScalar(value, stored);
-        if (value.isNull())
-            return; // an absent key takes the default: nothing is lost
-        const std::string width = WidthName<T>();
-        if (result != 0) {
-            Report(std::string(JsonTypeName(value)) + " is not read into " + width + ": stores " + Show(stored));
-            return;
-        }
-        if constexpr (std::is_integral_v<T>) {
-            if (std::is_unsigned_v<T> && value.isIntegral() && value.asDouble() < 0)
-                Report("negative value " + Text(value) + " into unsigned " + width + ": stores " + Show(stored));
-            else if (!Fits(value, stored))
-                Report("value " + Text(value) + " does not fit " + width + ": stores " + Show(stored));
-        }
+        stack_.push_back(&section);
     }
 
-    template <class C, size_t N> void Text(const Json::Value& value, C (&)[N])
+    unsigned Array(const Field& f, const Place& p, unsigned dim)
     {
-        if (value.isNull())
-            return;
-        if (!value.isString()) {
-            Report(std::string(JsonTypeName(value)) + " where text is read: stores " + std::to_string(N) + " zero bytes");
-            return;
+        const Json::Value& list = dim > 0 ? Top() : Value(f, p);
+        stack_.push_back(&list);
+        if (list.isNull())
+            return 0;
+        const unsigned bound = f.count[dim];
+        if (!list.isArray()) {
+            if (shapes_.insert(&list).second)
+                Report(p.keys, std::string(JsonTypeName(list)) + " where an array is read: nothing is stored");
+            return 0;
         }
-        const char* begin = nullptr;
-        const char* end = nullptr;
-        value.getString(&begin, &end);
-        const size_t length = size_t(end - begin);
-        if (length > N)
-            Report("text of " + std::to_string(length) + " bytes cut to its field's " + std::to_string(N) +
-                   ": stores the first " + std::to_string(N) + " with no terminator");
-        else if (length == N)
-            Report("text fills its " + std::to_string(N) + "-byte field: stored with no terminator");
+        if (list.size() > bound)
+            Report(p.keys, "array of " + std::to_string(list.size()) + " elements: elements " + std::to_string(bound) +
+                               " and later are ignored (bound " + std::to_string(bound) + ")");
+        return list.size() < bound ? list.size() : bound;
     }
+    void EnterElement(const Field&, const Place&, unsigned i) { stack_.push_back(&Top()[Json::ArrayIndex(i)]); }
+    void LeaveElement() { stack_.pop_back(); }
+    void EndArray() { stack_.pop_back(); }
 
-    template <class S, class Parser, class Walk> void Sub(const Json::Value& value, S& s, Parser, Walk& walk)
+    bool EnterRecord(const Field& f, const Place& p)
     {
-        walk.Record(value, s);
+        stack_.push_back(&Value(f, p));
+        return true;
     }
+    void LeaveRecord() { stack_.pop_back(); }
 
-    template <class F, class Step> void Custom(const Json::Value& object, F&, const Step& step)
+    void EnterGroup(const Field& f, const Place& p) { stack_.push_back(&Read(Top(), std::string(f.key, f.length), p.object)); }
+    void LeaveGroup() { stack_.pop_back(); }
+
+    void Leaf(const Field& f, const Place& p)
     {
-        F scratch{};
-        step.Read(object, scratch);
-        if constexpr (HasCheck<Step>::value)
-            step.Check(object, [&](const char* key, const std::string& what) {
-                out_->push_back({Path() + "." + key, what});
-            });
-        const std::string keys = step.Keys();
-        for (size_t at = 0; at <= keys.size();) {
-            size_t comma = keys.find(',', at);
-            if (comma == std::string::npos)
-                comma = keys.size();
-            Enter(object, keys.substr(at, comma - at).c_str());
-            Leave();
-            at = comma + 1;
-        }
-    }
-
-    void Enter(const Json::Value& object, const char* key)
-    {
-        if (object.isObject()) {
-            if (seen_.insert(&object).second)
-                objects_.push_back({&object, Path()});
-            read_.insert({&object, key});
-        } else if (!object.isNull() && shapes_.insert(&object).second) {
-            Report(std::string(JsonTypeName(object)) + " where an object is read: its fields get their defaults");
-        }
-        path_.push_back(std::string(".") + key);
-    }
-
-    void EnterIndex(unsigned i) { path_.push_back("[" + std::to_string(i) + "]"); }
-
-    void Leave() { path_.pop_back(); }
-
-    void Array(const Json::Value& value, size_t bound)
-    {
-        if (value.isNull())
-            return;
-        if (!value.isArray()) {
-            if (shapes_.insert(&value).second)
-                Report(std::string(JsonTypeName(value)) + " where an array is read: nothing is stored");
-        } else if (value.size() > bound) {
-            Report("array of " + std::to_string(value.size()) + " elements: elements " + std::to_string(bound) +
-                   " and later are ignored (bound " + std::to_string(bound) + ")");
+        switch (f.op) {
+        case Op::Scalar: Scalar(f, p, Value(f, p)); break;
+        case Op::Text: Text(f, p, Value(f, p)); break;
+        case Op::Step: Step(f, p); break;
+        default: break;
         }
     }
 
@@ -147,59 +93,135 @@ public:
         for (const auto& [object, path] : objects_)
             for (const std::string& name : object->getMemberNames())
                 if (!read_.count({object, name}))
-                    out_->push_back({path + "." + name, "key not read by the parser: ignored"});
+                    out_->push_back({Join(path, name), "key not read by the parser: ignored"});
     }
 
 private:
-    std::string Path() const
+    const Json::Value& Top() const { return *stack_.back(); }
+
+    std::string Join(const std::string& keys, const std::string& name = "") const
     {
-        std::string p;
-        for (const std::string& part : path_)
-            p += part;
-        return p;
+        std::string path = root_;
+        if (!keys.empty())
+            path += (keys[0] == '[' ? "" : ".") + keys;
+        if (!name.empty())
+            path += "." + name;
+        return path;
     }
 
-    void Report(std::string what) { out_->push_back({Path(), std::move(what)}); }
+    void Report(const std::string& keys, std::string what) { out_->push_back({Join(keys), std::move(what)}); }
 
-    template <class T> static std::string WidthName()
+    // Member `key` of `object` (at key path `at`), as the parser reads it: a
+    // non-object gives null, and is reported once.
+    const Json::Value& Read(const Json::Value& object, const std::string& key, const std::string& at)
     {
-        if constexpr (std::is_floating_point_v<T>)
-            return "f32";
-        else if constexpr (std::is_same_v<T, char>)
-            return "char";
-        else
-            return (std::is_signed_v<T> ? "i" : "u") + std::to_string(8 * sizeof(T));
+        if (object.isObject()) {
+            if (seen_.insert(&object).second)
+                objects_.push_back({&object, at});
+            read_.insert({&object, key});
+            return Member(object, key.c_str(), key.size());
+        }
+        if (!object.isNull() && shapes_.insert(&object).second)
+            Report(at, std::string(JsonTypeName(object)) + " where an object is read: its fields get their defaults");
+        return Json::Value::nullSingleton();
     }
 
-    template <class T> static std::string Show(T v)
+    // The value a field (or element) is read from.
+    const Json::Value& Value(const Field& f, const Place& p)
     {
-        if constexpr (std::is_floating_point_v<T>)
-            return std::to_string(v);
-        else
-            return std::to_string(static_cast<std::conditional_t<std::is_signed_v<T>, long long, unsigned long long>>(v));
+        if (p.element || (f.flags & Field::kSelf))
+            return Top();
+        return Read(Top(), std::string(f.key, f.length), p.object);
     }
 
-    static std::string Text(const Json::Value& v) { return v.isUInt64() ? std::to_string(v.asUInt64()) : std::to_string(v.asLargestInt()); }
-
-    // Whether the stored integer equals the JSON number.
-    template <class T> static bool Fits(const Json::Value& value, T stored)
+    void Scalar(const Field& f, const Place& p, const Json::Value& value)
     {
-        if constexpr (std::is_signed_v<T>)
-            return value.isInt64() && static_cast<long long>(stored) == value.asInt64();
-        else
-            return value.isUInt64() && static_cast<unsigned long long>(stored) == value.asUInt64();
+        if (value.isNull())
+            return; // an absent key takes the default: nothing is lost
+        unsigned char scratch[8] = {};
+        const int result = ReadScalarField(f, value, scratch);
+        const std::string width = ScalarLabel(f), stored = Stored(f, scratch);
+        if (result != 0) {
+            Report(p.keys, std::string(JsonTypeName(value)) + " is not read into " + width + ": stores " + stored);
+            return;
+        }
+        if (Kind(f.kind) == Kind::Float)
+            return;
+        const bool isSigned = Kind(f.kind) == Kind::Signed || (Kind(f.kind) == Kind::Char && std::is_signed_v<char>);
+        if (!isSigned && value.isIntegral() && value.asDouble() < 0)
+            Report(p.keys, "negative value " + Text(value) + " into unsigned " + width + ": stores " + stored);
+        else if (isSigned ? !(value.isInt64() && std::to_string(value.asInt64()) == stored)
+                          : !(value.isUInt64() && std::to_string(value.asUInt64()) == stored))
+            Report(p.keys, "value " + Text(value) + " does not fit " + width + ": stores " + stored);
     }
 
+    void Text(const Field& f, const Place& p, const Json::Value& value)
+    {
+        const size_t n = f.size;
+        if (value.isNull())
+            return;
+        if (!value.isString()) {
+            Report(p.keys, std::string(JsonTypeName(value)) + " where text is read: stores " + std::to_string(n) +
+                               " zero bytes");
+            return;
+        }
+        const char* begin = nullptr;
+        const char* end = nullptr;
+        value.getString(&begin, &end);
+        const size_t length = size_t(end - begin);
+        if (length > n)
+            Report(p.keys, "text of " + std::to_string(length) + " bytes cut to its field's " + std::to_string(n) +
+                               ": stores the first " + std::to_string(n) + " with no terminator");
+        else if (length == n)
+            Report(p.keys, "text fills its " + std::to_string(n) + "-byte field: stored with no terminator");
+    }
+
+    void Step(const Field& f, const Place& p)
+    {
+        const Json::Value& object = Top();
+        WithStep(f, [&](auto step) {
+            step.Check(object, f, [&](const std::string& key, const std::string& what) {
+                out_->push_back({Join(p.object, key), what});
+            });
+        });
+        for (unsigned i = 0; i < 2; ++i) {
+            const std::string key = StepKey(f, i);
+            if (key.empty())
+                break;
+            Read(object, key, p.object);
+        }
+    }
+
+    // The stored value as text.
+    static std::string Stored(const Field& f, const unsigned char* at)
+    {
+        return WithScalarType(f, [&](auto zero) {
+            decltype(zero) v = zero;
+            std::memcpy(&v, at, sizeof v);
+            if constexpr (std::is_floating_point_v<decltype(v)>)
+                return std::to_string(v);
+            else
+                return std::to_string(
+                    static_cast<std::conditional_t<std::is_signed_v<decltype(v)>, long long, unsigned long long>>(v));
+        });
+    }
+
+    static std::string Text(const Json::Value& v)
+    {
+        return v.isUInt64() ? std::to_string(v.asUInt64()) : std::to_string(v.asLargestInt());
+    }
+
+    std::string root_;
     std::vector<Finding>* out_;
-    std::vector<std::string> path_;
-    std::vector<std::pair<const Json::Value*, std::string>> objects_;
+    std::vector<const Json::Value*> stack_;
+    std::vector<std::pair<const Json::Value*, std::string>> objects_; // with their key paths
     std::set<const Json::Value*> seen_;
     std::set<const Json::Value*> shapes_;
     std::set<std::pair<const Json::Value*, std::string>> read_;
 };
 
 // Checks one section object against the description of its record.
-template <class R> std::vector<Finding> CheckSection(const Json::Value& section, const std::string& root)
+inline std::vector<Finding> CheckSection(const Record& record, const Json::Value& section, const std::string& root)
 {
     std::vector<Finding> findings;
     if (section.isNull())
@@ -208,10 +230,9 @@ template <class R> std::vector<Finding> CheckSection(const Json::Value& section,
         findings.push_back({root, "empty section: the parser returns -1 and writes nothing"});
         return findings;
     }
-    std::unique_ptr<R> scratch(new R());
-    BasicJsonWalk<CheckLeaf> walk(section, CheckLeaf(root, findings));
-    Describe(walk, *scratch);
-    walk.leaf().Finish();
+    CheckVisitor check(section, root, findings);
+    WalkRecord(record, check);
+    check.Finish();
     return findings;
 }
 

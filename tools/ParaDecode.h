@@ -10,111 +10,73 @@
 #ifndef PARA_DECODE_H
 #define PARA_DECODE_H
 
-#include "ParaDescribe.h"
+#include "ParaShow.h"
 
 #include <json/writer.h>
 
-#include <memory>
+#include <algorithm>
 #include <string>
 #include <type_traits>
 
 namespace para {
 
-template <class T> Json::Value ScalarJson(T v)
+// The value at a key path ("RCP[0].RSI[1][2].S", "[3].EN") of a JSON tree,
+// made (an object or an array, as the path says) where it is missing.
+inline Json::Value& At(Json::Value& root, const std::string& keys)
 {
-    if constexpr (std::is_floating_point_v<T>)
-        return Json::Value(double(v));
-    else if constexpr (std::is_signed_v<T>)
-        return Json::Value(Json::Int64(v));
-    else
-        return Json::Value(Json::UInt64(v));
-}
-
-template <class C, size_t N> Json::Value TextJson(const C (&f)[N])
-{
-    size_t length = N;
-    while (length > 0 && f[length - 1] == 0)
-        --length;
-    return Json::Value(std::string(reinterpret_cast<const char*>(f), length));
-}
-
-class DecodeWalk {
-public:
-    explicit DecodeWalk(Json::Value& object) : cur_(&object) {}
-
-    template <class T> void field(const char*, const char* key, T& f) { Object()[key] = ScalarJson(f); }
-
-    template <class C, size_t N> void text(const char*, const char* key, C (&f)[N]) { Object()[key] = TextJson(f); }
-
-    template <class E, size_t N> void array(const char*, const char* key, E (&a)[N])
-    {
-        Elements(key ? Object()[key] : *cur_, a);
-    }
-
-    template <class C, size_t N, size_t M> void texts(const char*, const char* key, C (&a)[M][N])
-    {
-        Json::Value& list = Object()[key] = Json::Value(Json::arrayValue);
-        for (size_t i = 0; i < M; ++i)
-            list.append(TextJson(a[i]));
-    }
-
-    template <class S, class Parser> void sub(const char*, const char* key, S& s, Parser) { Record(Object()[key], s); }
-
-    template <class F, class Step> void custom(const char*, F& f, const Step& step) { step.Write(f, Object()); }
-
-    template <class F> void reserved(const char*, F&) {}
-
-    template <class Body> void group(const char* key, Body body)
-    {
-        Json::Value* outer = cur_;
-        cur_ = &Object()[key];
-        body();
-        cur_ = outer;
-    }
-
-    template <class R> void Record(Json::Value& object, R& record)
-    {
-        Json::Value* outer = cur_;
-        cur_ = &object;
-        Describe(*this, record);
-        cur_ = outer;
-    }
-
-private:
-    // The current value as an object (a group or record not yet written is null).
-    Json::Value& Object()
-    {
-        if (!cur_->isObject())
-            *cur_ = Json::Value(Json::objectValue);
-        return *cur_;
-    }
-
-    template <class E, size_t N> void Elements(Json::Value& list, E (&a)[N])
-    {
-        list = Json::Value(Json::arrayValue);
-        for (size_t i = 0; i < N; ++i) {
-            Json::Value& element = list[Json::ArrayIndex(i)];
-            if constexpr (std::is_arithmetic_v<E>)
-                element = ScalarJson(a[i]);
-            else if constexpr (std::is_array_v<E>)
-                Elements(element, a[i]);
-            else
-                Record(element, a[i]);
+    Json::Value* at = &root;
+    size_t i = 0;
+    while (i < keys.size()) {
+        if (keys[i] == '.') {
+            ++i;
+        } else if (keys[i] == '[') {
+            const size_t close = keys.find(']', i);
+            if (!at->isArray())
+                *at = Json::Value(Json::arrayValue);
+            at = &(*at)[Json::ArrayIndex(std::stoul(keys.substr(i + 1, close - i - 1)))];
+            i = close + 1;
+        } else {
+            const size_t end = std::min(keys.find_first_of(".[", i), keys.size());
+            if (!at->isObject())
+                *at = Json::Value(Json::objectValue);
+            at = &(*at)[keys.substr(i, end - i)];
+            i = end;
         }
     }
+    return *at;
+}
 
-    Json::Value* cur_;
-};
-
-// The section object that gives `record`. The description walks a mutable
-// record: the copy is the walker's.
-template <class R> Json::Value DecodeRecord(const R& record)
+// The section object whose parser gives back `bytes` (a record of the
+// table's size).
+inline Json::Value DecodeRecord(const Record& record, const std::string& bytes)
 {
-    std::unique_ptr<R> copy(new R(record));
-    Json::Value section(Json::objectValue);
-    DecodeWalk walk(section);
-    Describe(walk, *copy);
-    return section;
+    struct Decode : Visitor {
+        Json::Value section{Json::objectValue};
+        const std::string& bytes;
+        explicit Decode(const std::string& b) : bytes(b) {}
+
+        void Leaf(const Field& f, const Place& p)
+        {
+            const char* at = bytes.data() + p.offset;
+            if (f.op == Op::Scalar) {
+                At(section, p.keys) = ValueJson(bytes, {p.path, p.keys, p.offset, f.size, Kind(f.kind)});
+            } else if (f.op == Op::Text) {
+                // all bytes up to the trailing zero bytes: a text that fills its
+                // field or holds a NUL inside comes back whole
+                size_t length = f.size;
+                while (length > 0 && at[length - 1] == 0)
+                    --length;
+                At(section, p.keys) = std::string(at, length);
+            } else if (f.op == Op::Step) {
+                Json::Value& object = At(section, p.object);
+                if (!object.isObject())
+                    object = Json::Value(Json::objectValue);
+                WithStep(f, [&](auto step) { step.Write(reinterpret_cast<const unsigned char*>(at), f, object); });
+            }
+        }
+    } decode(bytes);
+    WalkRecord(record, decode);
+    return decode.section;
 }
 
 // A decoded document as text. Texts keep their bytes as they are, valid UTF-8

@@ -4,7 +4,7 @@
 #ifndef PARA_SHOW_H
 #define PARA_SHOW_H
 
-#include "ParaDescribe.h"
+#include "ParaWalk.h"
 
 #include <json/value.h>
 
@@ -16,6 +16,58 @@
 #include <vector>
 
 namespace para {
+
+// One field (or array element) of a record as the tools list it.
+struct FieldInfo {
+    std::string path; // field path in the record, e.g. "P1[0].CS_MP"
+    std::string keys; // JSON key path under the section, e.g. "P1[0].CS.MP"
+    size_t offset;
+    size_t size;      // bytes
+    Kind kind;
+};
+
+// Name of a field's type as the layout shows it ("u16", "char[16]", "u8[2]").
+inline std::string TypeName(const FieldInfo& f)
+{
+    const std::string bits = std::to_string(8 * f.size);
+    switch (f.kind) {
+    case Kind::Unsigned: return "u" + bits;
+    case Kind::Signed: return "i" + bits;
+    case Kind::Char: return "char";
+    case Kind::Float: return "f" + bits;
+    case Kind::Text: return "char[" + std::to_string(f.size) + "]";
+    case Kind::Hex:
+    case Kind::Reserved: break;
+    }
+    return "u8[" + std::to_string(f.size) + "]";
+}
+
+// The fields of a record in description order, arrays element by element. A
+// step's field is listed as the bytes it stores: a hexadecimal region as one
+// run, the others as unsigned integers (element by element for an array).
+inline std::vector<FieldInfo> Layout(const Record& record)
+{
+    struct List : Visitor {
+        std::vector<FieldInfo> out;
+        void Leaf(const Field& f, const Place& p)
+        {
+            if (f.op != Op::Step) {
+                out.push_back({p.path, p.keys, p.offset, f.size, Kind(f.kind)});
+            } else if (StepId(f.kind) == StepId::HexRegion) {
+                out.push_back({p.path, p.keys, p.offset, f.size, Kind::Hex});
+            } else if (!f.count[0]) {
+                out.push_back({p.path, p.keys, p.offset, f.size, Kind::Unsigned});
+            } else {
+                for (unsigned i = 0; i < f.count[0]; ++i) {
+                    const std::string index = "[" + std::to_string(i) + "]";
+                    out.push_back({p.path + index, p.keys + index, p.offset + i * f.size, f.size, Kind::Unsigned});
+                }
+            }
+        }
+    } list;
+    WalkRecord(record, list);
+    return list.out;
+}
 
 // Values of fields, from a record's bytes (little-endian, like the target).
 

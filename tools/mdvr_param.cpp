@@ -19,7 +19,7 @@
 #include "ParaDecode.h"
 #include "ParaSchema.h"
 #include "ParaShow.h"
-#include "ParaTypeTable.h"
+#include "ParaTypes.h"
 
 #include <CLI/CLI.hpp>
 
@@ -58,78 +58,28 @@ struct Parsed {
     std::vector<para::FieldInfo> layout;
 };
 
-struct TypeInfo {
-    int type;
-    const char* key;
-    const char* parser;
-    const char* record;
-    size_t size;
-    Parsed (*parse)(int type, const Json::Value& doc);              // into a zeroed record
-    std::vector<para::FieldInfo> (*layout)();
-    std::vector<para::Finding> (*check)(const Json::Value& section, const std::string& root);
-    Json::Value (*decode)(const std::string& bytes); // a record of `size` bytes
-    Json::Value (*schema)(const std::string& description);
-};
+typedef para::Type TypeInfo;
 
-template <class R> Parsed ParseZeroed(int type, const Json::Value& doc)
+const char* RecordName(const TypeInfo& t) { return t.parser.record->name; }
+size_t RecordSize(const TypeInfo& t) { return t.parser.record->size; }
+
+// A section parsed into a zeroed record.
+Parsed Parse(const TypeInfo& t, const Json::Value& doc)
 {
-    std::unique_ptr<R> record(new R());
+    std::vector<unsigned char> record(RecordSize(t));
     Parsed p;
-    p.result = AdaptParaJson(static_cast<_PARA_TYPE_>(type), doc, record.get());
-    p.bytes.assign(reinterpret_cast<const char*>(record.get()), sizeof(R));
-    p.layout = para::Layout(*record);
+    p.result = AdaptParaJson(static_cast<_PARA_TYPE_>(t.type), doc, record.data());
+    p.bytes.assign(record.begin(), record.end());
+    p.layout = para::Layout(*t.parser.record);
     return p;
 }
 
-template <class R> std::vector<para::FieldInfo> LayoutOf()
-{
-    std::unique_ptr<R> record(new R());
-    return para::Layout(*record);
-}
-
-template <class R> Json::Value DecodeBytes(const std::string& bytes)
-{
-    std::unique_ptr<R> record(new R());
-    std::memcpy(static_cast<void*>(record.get()), bytes.data(), sizeof(R));
-    return para::DecodeRecord(*record);
-}
-
-const TypeInfo kTypes[] = {
-#define PARA_TOOL_ENTRY(type, key, parser, record)                                                              \
-    {type, key, #parser, #record, sizeof(record), &ParseZeroed<record>, &LayoutOf<record>, &para::CheckSection<record>, \
-     &DecodeBytes<record>, &para::SectionSchema<record>},
-    PARA_TYPES(PARA_TOOL_ENTRY)
-#undef PARA_TOOL_ENTRY
-};
-
 const TypeInfo* FindType(const std::string& what)
 {
-    for (const TypeInfo& t : kTypes)
+    for (const TypeInfo& t : para::kTypes)
         if (what == t.key || what == std::to_string(t.type))
             return &t;
     return nullptr;
-}
-
-// Places a value at a field path ("RCP[0].RSI[1][2].S") in a JSON tree.
-void PutPath(Json::Value& root, const std::string& path, const Json::Value& value)
-{
-    Json::Value* at = &root;
-    size_t i = 0;
-    while (i < path.size()) {
-        if (path[i] == '.') {
-            ++i;
-        } else if (path[i] == '[') {
-            const size_t close = path.find(']', i);
-            at = &(*at)[Json::ArrayIndex(std::stoul(path.substr(i + 1, close - i - 1)))];
-            i = close + 1;
-        } else {
-            const size_t end = path.find_first_of(".[", i);
-            const std::string name = path.substr(i, end == std::string::npos ? std::string::npos : end - i);
-            at = &(*at)[name];
-            i = end == std::string::npos ? path.size() : end;
-        }
-    }
-    *at = value;
 }
 
 // ---------------------------------------------------------------------------
@@ -268,10 +218,9 @@ std::vector<const TypeInfo*> Selected(const Json::Value& doc, const std::string&
         types.push_back(t);
         return types;
     }
-    for (const TypeInfo& t : kTypes)
+    for (const TypeInfo& t : para::kTypes)
         if (all || !para::Section(doc, t.key).isNull())
             types.push_back(&t);
-    std::sort(types.begin(), types.end(), [](const TypeInfo* a, const TypeInfo* b) { return a->type < b->type; });
     return types;
 }
 
@@ -284,12 +233,12 @@ std::vector<para::FieldInfo> ByOffset(std::vector<para::FieldInfo> fields)
 
 void ShowText(const TypeInfo& t, const Parsed& p)
 {
-    para::ShowRecord(stdout, t.key, t.type, t.record, t.size, t.parser, p.result, p.bytes, p.layout);
+    para::ShowRecord(stdout, t.key, t.type, RecordName(t), RecordSize(t), t.parser.name, p.result, p.bytes, p.layout);
 }
 
 void ShowHex(const TypeInfo& t, const Parsed& p)
 {
-    std::printf("%s  type %d  %s  %zu bytes  %s() = %d\n", t.key, t.type, t.record, t.size, t.parser, p.result);
+    std::printf("%s  type %d  %s  %zu bytes  %s() = %d\n", t.key, t.type, RecordName(t), RecordSize(t), t.parser.name, p.result);
     for (size_t row = 0; row < p.bytes.size(); row += 16) {
         std::printf("  %06zx ", row);
         std::string ascii;
@@ -313,7 +262,7 @@ int Show(const std::string& only, const std::string& format, const std::string& 
     const Json::Value doc = ReadDocument(file);
     Json::Value all(Json::objectValue);
     for (const TypeInfo* t : Selected(doc, only)) {
-        const Parsed p = t->parse(t->type, doc);
+        const Parsed p = Parse(*t, doc);
         if (format == "text") {
             ShowText(*t, p);
         } else if (format == "hex") {
@@ -322,7 +271,7 @@ int Show(const std::string& only, const std::string& format, const std::string& 
             Json::Value record(Json::objectValue);
             for (const para::FieldInfo& f : p.layout)
                 if (f.kind != para::Kind::Reserved)
-                    PutPath(record, f.path, para::ValueJson(p.bytes, f));
+                    para::At(record, f.path) = para::ValueJson(p.bytes, f);
             all[t->key] = record;
         }
     }
@@ -336,9 +285,9 @@ int Show(const std::string& only, const std::string& format, const std::string& 
 
 void PrintLayout(const TypeInfo& t)
 {
-    std::printf("struct %s {  /* type %d, section \"%s\", %s */\n", t.record, t.type, t.key, t.parser);
+    std::printf("struct %s {  /* type %d, section \"%s\", %s */\n", RecordName(t), t.type, t.key, t.parser.name);
     size_t end = 0;
-    for (const para::FieldInfo& f : ByOffset(t.layout())) {
+    for (const para::FieldInfo& f : ByOffset(para::Layout(*t.parser.record))) {
         if (f.kind == para::Kind::Reserved)
             std::printf("  /* XXX %zu bytes reserved at %zu (%s): not written */\n", f.size, f.offset, f.path.c_str());
         else
@@ -346,9 +295,9 @@ void PrintLayout(const TypeInfo& t)
                         f.offset, f.size, f.keys.c_str());
         end = std::max(end, f.offset + f.size);
     }
-    if (end < t.size)
-        std::printf("  /* XXX %zu bytes of tail padding */\n", t.size - end);
-    std::printf("  /* size: %zu */\n};\n", t.size);
+    if (end < RecordSize(t))
+        std::printf("  /* XXX %zu bytes of tail padding */\n", RecordSize(t) - end);
+    std::printf("  /* size: %zu */\n};\n", RecordSize(t));
 }
 
 // One type by key or number, or every type for "all".
@@ -377,8 +326,9 @@ int Check(const std::string& file)
         for (const std::string& key : mdvr.getMemberNames())
             if (!FindType(key) || std::isdigit(static_cast<unsigned char>(key[0])))
                 findings.push_back({"MDVR." + key, "section not read by any parser of this library"});
-    for (const TypeInfo& t : kTypes) {
-        std::vector<para::Finding> more = t.check(para::Section(doc, t.key), std::string("MDVR.") + t.key);
+    for (const TypeInfo& t : para::kTypes) {
+        std::vector<para::Finding> more =
+            para::CheckSection(*t.parser.record, para::Section(doc, t.key), std::string("MDVR.") + t.key);
         findings.insert(findings.end(), more.begin(), more.end());
     }
     // A document of a million bad keys would give a million lines: the first
@@ -399,7 +349,7 @@ int Types()
     std::vector<const TypeInfo*> types = Selected(Json::Value(), "", true);
     std::printf("%4s  %-8s %-34s %-32s %s\n", "type", "section", "parser", "record", "size");
     for (const TypeInfo* t : types)
-        std::printf("%4d  %-8s %-34s %-32s %zu\n", t->type, t->key, t->parser, t->record, t->size);
+        std::printf("%4d  %-8s %-34s %-32s %zu\n", t->type, t->key, t->parser.name, RecordName(*t), RecordSize(*t));
     std::printf("types 0-51 without a line have no parser in this build; 52-60 are reserved, 61 and above invalid\n");
     return 0;
 }
@@ -419,8 +369,9 @@ int Schema(const std::string& what)
     const std::vector<const TypeInfo*> types = TypesNamed(what);
     for (const TypeInfo* t : types)
         mdvr["properties"][t->key] =
-            t->schema(std::string("section \"") + t->key + "\": record " + t->record + " (" + std::to_string(t->size) +
-                      " bytes, parameter type " + std::to_string(t->type) + "), read by " + t->parser);
+            para::SectionSchema(*t->parser.record, std::string("section \"") + t->key + "\": record " + RecordName(*t) +
+                                                      " (" + std::to_string(RecordSize(*t)) + " bytes, parameter type " +
+                                                      std::to_string(t->type) + "), read by " + t->parser.name);
     // A schema of one section leaves the document's other sections alone.
     if (what != "all")
         mdvr.removeMember("additionalProperties");
@@ -440,9 +391,9 @@ int Schema(const std::string& what)
 int Encode(const std::string& only, const std::string& file, const std::string& out)
 {
     const TypeInfo& t = *Selected(Json::Value(), only)[0];
-    const Parsed p = t.parse(t.type, ReadDocument(file));
+    const Parsed p = Parse(t, ReadDocument(file));
     if (p.result == -1)
-        throw UsageError(std::string("section \"") + t.key + "\" is empty or absent: " + t.parser + "() = -1");
+        throw UsageError(std::string("section \"") + t.key + "\" is empty or absent: " + t.parser.name + "() = -1");
     if (out.empty() || out == "-") {
         if (isatty(STDOUT_FILENO))
             throw UsageError("a binary record is not written to a terminal: use -o OUT or a redirection");
@@ -464,12 +415,12 @@ int Decode(const std::string& only, const std::string& file)
 {
     const TypeInfo& t = *Selected(Json::Value(), only)[0];
     const std::string bytes = ReadFile(file);
-    if (bytes.size() != t.size)
-        throw UsageError(file + ": " + std::to_string(bytes.size()) + " bytes, but a " + t.record + " record has " +
-                         std::to_string(t.size));
-    const std::string text = para::DocumentText(Document(t.key, t.decode(bytes)));
+    if (bytes.size() != RecordSize(t))
+        throw UsageError(file + ": " + std::to_string(bytes.size()) + " bytes, but a " + RecordName(t) + " record has " +
+                         std::to_string(RecordSize(t)));
+    const std::string text = para::DocumentText(Document(t.key, para::DecodeRecord(*t.parser.record, bytes)));
     std::printf("%s\n", text.c_str());
-    const Parsed back = t.parse(t.type, ParseDocument(text, "the decoded document"));
+    const Parsed back = Parse(t, ParseDocument(text, "the decoded document"));
     int lost = 0;
     size_t end = 0;
     for (const para::FieldInfo& f : ByOffset(back.layout)) {
@@ -498,10 +449,10 @@ int Diff(const std::string& fileA, const std::string& fileB)
     for (const TypeInfo* t : Selected(Json::Value(), "", true)) {
         if (para::Section(a, t->key).isNull() && para::Section(b, t->key).isNull())
             continue;
-        const Parsed pa = t->parse(t->type, a), pb = t->parse(t->type, b);
+        const Parsed pa = Parse(*t, a), pb = Parse(*t, b);
         if (pa.result != pb.result) {
             differs = true;
-            std::printf("%s: %s() = %d -> %d\n", t->key, t->parser, pa.result, pb.result);
+            std::printf("%s: %s() = %d -> %d\n", t->key, t->parser.name, pa.result, pb.result);
         }
         if (pa.result == -1 || pb.result == -1)
             continue; // a section that is not read stores nothing to compare

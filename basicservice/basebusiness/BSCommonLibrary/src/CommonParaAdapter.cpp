@@ -2,7 +2,7 @@
 // parameter types and the parsing of a message body.
 #include "CommonParaAdapter.h"
 #include "ParaLog.h"
-#include "ParaTypeTable.h"
+#include "ParaTypes.h"
 
 #include <json/reader.h>
 
@@ -180,34 +180,8 @@ int GetJsonCString(Json::Value const& value, unsigned char* dst, int size)
 
 // ---------------------------------------------------------------------------
 
-namespace {
-
-typedef int (*RecordParser)(const Json::Value& doc, void* record);
-
-template <class R, int (*Parse)(const Json::Value&, R&)> int ParseInto(const Json::Value& doc, void* record)
-{
-    return Parse(doc, *static_cast<R*>(record));
-}
-
-constexpr int kTypesWithParser = 52; // 0 to 51
+// Types 52 to 60 are reserved; above them a type is invalid.
 constexpr int kLastReservedType = 60;
-
-struct ParserTable {
-    RecordParser parsers[kTypesWithParser];
-};
-
-constexpr ParserTable MakeParserTable()
-{
-    ParserTable table{};
-#define PARA_TABLE_ENTRY(type, key, parser, record) table.parsers[type] = &ParseInto<record, parser>;
-    PARA_TYPES(PARA_TABLE_ENTRY)
-#undef PARA_TABLE_ENTRY
-    return table;
-}
-
-constexpr ParserTable kParsers = MakeParserTable();
-
-} // namespace
 
 int AdaptParaJson(_PARA_TYPE_ type, Json::Value const& doc, void* record)
 {
@@ -216,12 +190,10 @@ int AdaptParaJson(_PARA_TYPE_ type, Json::Value const& doc, void* record)
         PARA_LOG_ERROR("Error parameter type: %d!!!\n", value);
         return -1;
     }
+    // A negative type compares as a large unsigned one: unrealized.
     const unsigned index = static_cast<unsigned>(value);
-    if (index < kTypesWithParser && kParsers.parsers[index]) {
-        if (!record)
-            return -1;
-        return kParsers.parsers[index](doc, record);
-    }
+    if (index < unsigned(para::kTypeCount))
+        return record ? para::ParseSection(para::kTypes[index], doc, record) : -1;
     PARA_LOG_ERROR("Unrealized parameter: %d!!!\n", value);
     return -1;
 }

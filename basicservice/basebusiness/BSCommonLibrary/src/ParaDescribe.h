@@ -1,16 +1,22 @@
-// Record descriptions and the walkers over them.
+// Record descriptions as data.
 //
-// Each record is described once, by a function template
+// Each record is described once, beside the others of its subsystem, by a
+// constant table of fields in the reading order of its JSON object:
 //
-//     template <class W> void Describe(W& w, Record& r)
+//     PARA_RECORD(tag_MsgTimeSetting,
+//         PARA_FIELD(0, DATEM),                  u8 from "DATEM" at 0
+//         PARA_TEXT(4, TIMEZ),                   char[16] from "TIMEZ" at 4
+//         PARA_GROUP("DST"),                     the keys up to PARA_END_GROUP()
+//             PARA_FIELD(24, SW),                live in the object under "DST"
+//             PARA_STEP(33, SWEEK_SWIND, PackNibbles, "SWEEK,SWIND"),
+//         PARA_END_GROUP(),
+//         PARA_RESERVED(42, reserved2));         bytes no parser writes
 //
-// that names its fields in the reading order of its JSON object, with the
-// macros below. Every macro also checks the field's byte offset at compile
-// time. The same description is walked by
-//   - JsonWalk: fills the record from a JSON object (the parsers),
-//   - LayoutWalk: lists each field with its path, JSON key path, offset, size
-//     and type (the tools, and the tests that check that a description covers
-//     every byte of its record).
+// Every entry states the byte offset of its member, and the compiler checks
+// it against the record. Kind, width, array bounds and the embedded record's
+// table are taken from the member's type. One interpreter (ParaWalk.cpp)
+// fills records from JSON with these tables; the tools walk the same tables
+// to list, check, describe and decode records.
 #ifndef PARA_DESCRIBE_H
 #define PARA_DESCRIBE_H
 
@@ -21,48 +27,369 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <string>
 #include <type_traits>
-#include <vector>
 
-#define PARA_AT(off, m) \
-    static_assert(offsetof(std::remove_reference_t<decltype(r)>, m) == (off), "offset of " #m)
+namespace para {
 
-// A key of the description, its length and hash computed at compile time.
-#define PARA_KEY(text) ([] { constexpr ::para::Key key(text); return key; }())
+// How the bytes of a field are shown. Hex: bytes given as hexadecimal text,
+// two digits a byte.
+enum class Kind : uint8_t { Unsigned, Signed, Char, Float, Text, Hex, Reserved };
 
-// A scalar field read from the key of the same name.
-#define PARA_FIELD(off, m) PARA_AT(off, m); w.field(#m, PARA_KEY(#m), r.m)
-// A scalar field read from another key (a group's member, say).
-#define PARA_FIELD_KEY(off, m, key) PARA_AT(off, m); w.field(#m, PARA_KEY(key), r.m)
-// A fixed-size text field (char[N] or unsigned char[N]).
-#define PARA_TEXT(off, m) PARA_AT(off, m); w.text(#m, PARA_KEY(#m), r.m)
-#define PARA_TEXT_KEY(off, m, key) PARA_AT(off, m); w.text(#m, PARA_KEY(key), r.m)
-// A bounded array: entry i is read only when the JSON value is an array with a
-// valid index i. Elements may be scalars, described records or arrays again.
-#define PARA_ARRAY(off, m) PARA_AT(off, m); w.array(#m, PARA_KEY(#m), r.m)
-#define PARA_ARRAY_KEY(off, m, key) PARA_AT(off, m); w.array(#m, PARA_KEY(key), r.m)
-// The same, where the object being described is itself the JSON array.
-#define PARA_ARRAY_SELF(off, m) PARA_AT(off, m); w.array(#m, ::para::Key(nullptr), r.m)
-// A bounded array of fixed-size texts, each element a JSON string.
-#define PARA_TEXTS(off, m) PARA_AT(off, m); w.texts(#m, PARA_KEY(#m), r.m)
-// An embedded record filled by its own parser from the object under the key.
-#define PARA_SUBRECORD(off, m, parser) PARA_AT(off, m); w.sub(#m, PARA_KEY(#m), r.m, parser)
-#define PARA_SUBRECORD_KEY(off, m, key, parser) PARA_AT(off, m); w.sub(#m, PARA_KEY(key), r.m, parser)
-// A field filled by a named conversion step (see the steps in the descriptions).
-#define PARA_CUSTOM(off, m, step) PARA_AT(off, m); w.custom(#m, r.m, step)
+// What an entry of a table is.
+enum class Op : uint8_t {
+    End,      // end of the record, or of a group
+    Group,    // the entries up to the matching End are read from the object under the key
+    Scalar,   // an integer or float, with the reader of its width
+    Text,     // fixed-size text
+    Record,   // an embedded record read by the walk itself
+    Parsed,   // an embedded record read with the rules of its exported parser
+    Step,     // a field filled by a named conversion step from the current object
+    Reserved, // bytes no parser writes
+};
+
+// The C++ types of scalar fields.
+enum class ScalarType : uint8_t { U8, I8, Char, U16, I16, U32, I32, U64, I64, F32 };
+
+// The named conversion steps (ParaSteps.h).
+enum class StepId : uint8_t { PackNibbles, MacText, VoltageText, TenthsText, HexRegion };
+
+struct Record;
+struct Parser;
+
+struct Field {
+    char key[12];     // JSON key (a step's keys comma-separated; a reserved run's name)
+    uint16_t offset;  // of the field in its record
+    uint16_t size;    // bytes of one element
+    Op op;
+    uint8_t kind;     // Scalar: Kind; Step: StepId
+    uint8_t length;   // of the key
+    uint8_t flags;
+    uint8_t count[2]; // array bounds, outer first; 0 where there is no dimension
+    uint8_t rank;     // of the key among the keys of its level, in the JSON library's member order
+    uint8_t type;     // Scalar: the C++ type, a ScalarType
+    const void* ref;  // Record: the embedded Record; Parsed: its Parser
+                      // (a Group's offset and size hold the start and count of its level's keys)
+
+    static constexpr uint8_t kSelf = 1;     // the object itself is the array, no key is looked up
+    static constexpr uint8_t kPrefixed = 2; // the field's name is the group's key, "_", the key
+
+    const Record& record() const { return *static_cast<const Record*>(ref); }
+    const Parser& parser() const { return *static_cast<const Parser*>(ref); }
+    unsigned dims() const { return count[0] ? (count[1] ? 2 : 1) : 0; }
+    // Bytes from one element of dimension `dim` to the next.
+    size_t stride(unsigned dim) const { return dim == 0 && count[1] ? size_t(count[1]) * size : size; }
+};
+
+struct Record {
+    const char* name;     // the C++ type
+    const Field* fields;
+    uint16_t size;
+    uint8_t keys;         // keys looked up at the top level
+    const uint8_t* order; // the entries of each level that look up a key, sorted by key: the
+                          // top level first, then each group's; a level's members are matched
+                          // to them in one pass over the object
+};
+
+// The rules of an exported parser around its record's walk.
+struct Parser {
+    const char* name;     // the exported function, for its log lines
+    const Record* record;
+    const char* empty;    // logged for an empty or absent object (nullptr: silent)
+    const char* failed;   // logged if the walk throws (nullptr: nothing)
+    const char* needs;    // a member that must not be empty either (nullptr: none)
+    bool fromParts;       // result 1 unless an embedded record's parser returned 0
+};
+
+// The description of record R: Describe<R>::record.
+template <class R> struct Describe;
+
+// ---------------------------------------------------------------------------
+// Building entries at compile time.
+
+// Called only when a description disagrees with its record; in a constant
+// expression the call is a compile error that names the problem.
+void offset_in_description_differs_from_record();
+void key_longer_than_11_characters();
+
+void hexadecimal_region_larger_than_64_bytes();
+
+constexpr bool SameText(const char* a, const char* b)
+{
+    while (*a && *a == *b)
+        ++a, ++b;
+    return *a == *b;
+}
+
+constexpr uint8_t PrefixedUnless(const char* name, const char* key)
+{
+    return SameText(name, key) ? 0 : Field::kPrefixed;
+}
+
+constexpr uint16_t CheckedOffset(size_t stated, size_t actual)
+{
+    if (stated != actual)
+        offset_in_description_differs_from_record();
+    return static_cast<uint16_t>(stated);
+}
+
+constexpr Field Entry(const char* key, Op op, size_t offset = 0, size_t size = 0, uint8_t kind = 0,
+                      size_t c0 = 0, size_t c1 = 0, const void* ref = nullptr, uint8_t flags = 0)
+{
+    Field f{};
+    unsigned n = 0;
+    for (; key[n]; ++n) {
+        if (n == sizeof f.key - 1)
+            key_longer_than_11_characters();
+        f.key[n] = key[n];
+    }
+    f.length = static_cast<uint8_t>(n);
+    f.offset = static_cast<uint16_t>(offset);
+    f.size = static_cast<uint16_t>(size);
+    f.op = op;
+    f.kind = kind;
+    f.flags = flags;
+    f.count[0] = static_cast<uint8_t>(c0);
+    f.count[1] = static_cast<uint8_t>(c1);
+    f.ref = ref;
+    return f;
+}
+
+// Element type and bounds of a member of up to two array dimensions.
+template <class T> struct Shape {
+    using Element = T;
+    static constexpr size_t c0 = 0, c1 = 0;
+};
+template <class T, size_t N> struct Shape<T[N]> {
+    using Element = T;
+    static constexpr size_t c0 = N, c1 = 0;
+};
+template <class T, size_t N, size_t M> struct Shape<T[N][M]> {
+    using Element = T;
+    static constexpr size_t c0 = N, c1 = M;
+};
+
+template <class T> constexpr bool kReadable =
+    std::is_same_v<T, unsigned char> || std::is_same_v<T, signed char> || std::is_same_v<T, char> ||
+    std::is_same_v<T, unsigned short> || std::is_same_v<T, short> || std::is_same_v<T, unsigned int> ||
+    std::is_same_v<T, int> || std::is_same_v<T, unsigned long long> || std::is_same_v<T, long long> ||
+    std::is_same_v<T, float>;
+
+template <class T> constexpr ScalarType ScalarTypeOf()
+{
+    return std::is_same_v<T, char>              ? ScalarType::Char
+           : std::is_same_v<T, unsigned char>   ? ScalarType::U8
+           : std::is_same_v<T, signed char>     ? ScalarType::I8
+           : std::is_same_v<T, unsigned short>  ? ScalarType::U16
+           : std::is_same_v<T, short>           ? ScalarType::I16
+           : std::is_same_v<T, unsigned int>    ? ScalarType::U32
+           : std::is_same_v<T, int>             ? ScalarType::I32
+           : std::is_same_v<T, unsigned long long> ? ScalarType::U64
+           : std::is_same_v<T, long long>       ? ScalarType::I64
+                                                : ScalarType::F32;
+}
+
+template <class T> constexpr Kind KindOf()
+{
+    return std::is_floating_point_v<T> ? Kind::Float
+           : std::is_same_v<T, char>   ? Kind::Char
+           : std::is_signed_v<T>       ? Kind::Signed
+                                       : Kind::Unsigned;
+}
+
+// A scalar, an embedded record, or an array of either.
+template <class T> constexpr Field Member(const char* name, const char* key, size_t offset, uint8_t flags = 0)
+{
+    using E = typename Shape<T>::Element;
+    static_assert(!std::is_array_v<E>, "at most two array dimensions");
+    const size_t c0 = Shape<T>::c0, c1 = Shape<T>::c1;
+    flags = static_cast<uint8_t>(flags | PrefixedUnless(name, key));
+    if constexpr (std::is_class_v<E>) {
+        return Entry(key, Op::Record, offset, sizeof(E), 0, c0, c1, &Describe<E>::record, flags);
+    } else {
+        static_assert(kReadable<E>, "a type the readers have");
+        Field f = Entry(key, Op::Scalar, offset, sizeof(E), uint8_t(KindOf<E>()), c0, c1, nullptr, flags);
+        f.type = uint8_t(ScalarTypeOf<E>());
+        return f;
+    }
+}
+
+// Fixed-size text, or an array of texts (each element a JSON string).
+template <class T> constexpr Field TextMember(const char* name, const char* key, size_t offset)
+{
+    using E = std::remove_all_extents_t<T>;
+    static_assert(sizeof(E) == 1, "text of char or unsigned char");
+    const size_t size = std::extent_v<T, std::rank_v<T> - 1>;
+    return Entry(key, Op::Text, offset, size, uint8_t(Kind::Text), std::rank_v<T> == 2 ? std::extent_v<T> : 0, 0,
+                 nullptr, PrefixedUnless(name, key));
+}
+
+// An embedded record (or array of them) read by `parser`.
+template <class T>
+constexpr Field ParsedMember(const char* name, const char* key, size_t offset, const Parser& parser, uint8_t flags = 0)
+{
+    using E = typename Shape<T>::Element;
+    return Entry(key, Op::Parsed, offset, sizeof(E), 0, Shape<T>::c0, Shape<T>::c1, &parser,
+                 uint8_t(flags | PrefixedUnless(name, key)));
+}
+
+// A field filled by a conversion step that reads `keys` of the current object.
+template <class T> constexpr Field StepMember(const char* keys, size_t offset, StepId step)
+{
+    using E = std::remove_all_extents_t<T>;
+    // A step that packs hexadecimal text fills the field as one run of bytes.
+    if (step == StepId::HexRegion) {
+        if (sizeof(T) > 64)
+            hexadecimal_region_larger_than_64_bytes();
+        return Entry(keys, Op::Step, offset, sizeof(T), uint8_t(step));
+    }
+    return Entry(keys, Op::Step, offset, sizeof(E), uint8_t(step), Shape<T>::c0);
+}
+
+constexpr Field End() { return Entry("", Op::End); }
+
+// A description with its lookup order: the entries of each level (the
+// record, each group) that look up a key, sorted as the JSON library orders
+// an object's members: bytes compared unsigned, then the shorter first.
+template <size_t N> struct Table {
+    Field fields[N];
+    uint8_t order[N];
+    uint8_t keys;
+};
+
+void description_longer_than_255_entries();
+void key_read_twice_at_one_level();
+
+constexpr bool KeyBefore(const Field& a, const Field& b)
+{
+    const unsigned n = a.length < b.length ? a.length : b.length;
+    for (unsigned i = 0; i < n; ++i)
+        if (a.key[i] != b.key[i])
+            return static_cast<unsigned char>(a.key[i]) < static_cast<unsigned char>(b.key[i]);
+    return a.length < b.length;
+}
+
+// Sorts the keys of the level starting at entry `first` into order[pos...];
+// returns the number of them. Groups of the level are indexed after it.
+template <size_t N> constexpr unsigned IndexLevel(Table<N>& t, size_t first, unsigned& pos)
+{
+    const unsigned start = pos;
+    size_t group[N] = {};
+    unsigned groups = 0;
+    for (size_t i = first, depth = 0; i < N; ++i) {
+        const Op op = t.fields[i].op;
+        if (op == Op::End) {
+            if (depth == 0)
+                break;
+            --depth;
+            continue;
+        }
+        if (depth > 0) {
+            depth += op == Op::Group;
+            continue;
+        }
+        if (op == Op::Group) {
+            group[groups++] = i;
+            ++depth;
+        }
+        if (op == Op::Reserved || op == Op::Step || (t.fields[i].flags & Field::kSelf))
+            continue;
+        // insertion into the sorted run
+        unsigned at = pos++;
+        while (at > start && KeyBefore(t.fields[i], t.fields[t.order[at - 1]])) {
+            t.order[at] = t.order[at - 1];
+            --at;
+        }
+        t.order[at] = static_cast<uint8_t>(i);
+    }
+    for (unsigned k = start; k < pos; ++k) {
+        t.fields[t.order[k]].rank = static_cast<uint8_t>(k - start);
+        if (k > start && !KeyBefore(t.fields[t.order[k - 1]], t.fields[t.order[k]]))
+            key_read_twice_at_one_level();
+    }
+    const unsigned count = pos - start;
+    for (unsigned g = 0; g < groups; ++g) {
+        const unsigned groupStart = pos;
+        const unsigned n = IndexLevel(t, group[g] + 1, pos);
+        t.fields[group[g]].offset = static_cast<uint16_t>(groupStart);
+        t.fields[group[g]].size = static_cast<uint16_t>(n);
+    }
+    return count;
+}
+
+template <size_t N> constexpr Table<N> Index(const Field (&fields)[N])
+{
+    if (N > 255)
+        description_longer_than_255_entries();
+    Table<N> t{};
+    for (size_t i = 0; i < N; ++i)
+        t.fields[i] = fields[i];
+    unsigned pos = 0;
+    t.keys = static_cast<uint8_t>(IndexLevel(t, 0, pos));
+    return t;
+}
+
+} // namespace para
+
+#define PARA_AT(off, m) ::para::CheckedOffset(off, offsetof(Self, m))
+
+// A record's description: PARA_RECORD(Type, entries...).
+#define PARA_RECORD(R, ...)                                                 \
+    template <> struct para::Describe<R> {                                  \
+        using Self = R;                                                     \
+        static constexpr Field entries[] = {__VA_ARGS__, ::para::End()};    \
+        static constexpr auto table = ::para::Index(entries);               \
+        static constexpr Record record{#R, table.fields, sizeof(R), table.keys, table.order}; \
+    }
+
+// A scalar field, an array (of scalars, of described records, nested), or
+// an embedded record read by the walk, from the key of the member's name.
+#define PARA_FIELD(off, m) ::para::Member<decltype(Self::m)>(#m, #m, PARA_AT(off, m))
+#define PARA_ARRAY(off, m) PARA_FIELD(off, m)
+// The same from another key: a group's key, the member named GROUP_KEY.
+#define PARA_FIELD_KEY(off, m, key) ::para::Member<decltype(Self::m)>(#m, key, PARA_AT(off, m))
+// An array that is the object itself (a section that is a JSON array).
+#define PARA_ARRAY_SELF(off, m) ::para::Member<decltype(Self::m)>(#m, #m, PARA_AT(off, m), ::para::Field::kSelf)
+// Fixed-size text (char[N] or unsigned char[N]); an array of texts.
+#define PARA_TEXT(off, m) ::para::TextMember<decltype(Self::m)>(#m, #m, PARA_AT(off, m))
+#define PARA_TEXT_KEY(off, m, key) ::para::TextMember<decltype(Self::m)>(#m, key, PARA_AT(off, m))
+#define PARA_TEXTS(off, m) PARA_TEXT(off, m)
+// An embedded record, or an array of them, read with the rules of its
+// exported parser (its empty test and log line).
+#define PARA_SUBRECORD(off, m, parser) \
+    ::para::ParsedMember<decltype(Self::m)>(#m, #m, PARA_AT(off, m), ::para::k##parser)
+#define PARA_SUBRECORD_KEY(off, m, key, parser) \
+    ::para::ParsedMember<decltype(Self::m)>(#m, key, PARA_AT(off, m), ::para::k##parser)
+// A field filled by a named conversion step from the keys it reads.
+#define PARA_STEP(off, m, step, keys) ::para::StepMember<decltype(Self::m)>(keys, PARA_AT(off, m), ::para::StepId::step)
 // Bytes no parser writes.
-#define PARA_RESERVED(off, m) PARA_AT(off, m); w.reserved(#m, r.m)
-// Fields read from the object under `key`; the fields stay in this record.
-#define PARA_GROUP(key, ...) w.group(PARA_KEY(key), [&] { __VA_ARGS__; })
+#define PARA_RESERVED(off, m) \
+    ::para::Entry(#m, ::para::Op::Reserved, PARA_AT(off, m), sizeof(Self::m), uint8_t(::para::Kind::Reserved))
+// The entries up to PARA_END_GROUP() are read from the object under `key`;
+// their fields stay in this record.
+#define PARA_GROUP(key) ::para::Entry(key, ::para::Op::Group)
+#define PARA_END_GROUP() ::para::End()
+
+// An exported parser of an embedded record: name, record, then the Parser's
+// rules (empty message, failure message, required member, result from parts).
+#define PARA_PARSER(parser, R, ...) \
+    namespace para { inline constexpr Parser k##parser{#parser, &Describe<R>::record, __VA_ARGS__}; }
 
 namespace para {
 
 // Member lookup that never throws: a non-object (array, number, string,
 // boolean) yields the null value like an absent key does.
+inline const Json::Value& Member(const Json::Value& value, const char* key, size_t length)
+{
+    const Json::Value* found = value.isObject() ? value.find(key, key + length) : nullptr;
+    return found ? *found : Json::Value::nullSingleton();
+}
 inline const Json::Value& Member(const Json::Value& value, const char* key)
 {
-    return value.isObject() ? value[key] : Json::Value::nullSingleton();
+    return Member(value, key, std::strlen(key));
+}
+inline const Json::Value& Member(const Json::Value& object, const Field& f)
+{
+    return Member(object, f.key, f.length);
 }
 
 // "PARAMETER" -> "MDVR" -> key of a parameter document.
@@ -71,148 +398,11 @@ inline const Json::Value& Section(const Json::Value& doc, const char* key)
     return Member(Member(Member(doc, "PARAMETER"), "MDVR"), key);
 }
 
-// A key of a description: the text with its length and a hash of it. The
-// description macros build keys at compile time; a key converts to its text
-// for walkers that only name it.
-struct Key {
-    const char* text;
-    unsigned length;
-    uint32_t hash;
-
-    constexpr Key(const char* s) : text(s), length(s ? Length(s) : 0), hash(s ? Hash(s, Length(s)) : 0) {}
-    constexpr operator const char*() const { return text; }
-
-    static constexpr unsigned Length(const char* s)
-    {
-        unsigned n = 0;
-        while (s[n])
-            ++n;
-        return n;
-    }
-    // FNV-1a over the bytes.
-    static constexpr uint32_t Hash(const char* s, unsigned n)
-    {
-        uint32_t h = 2166136261u;
-        for (unsigned i = 0; i < n; ++i)
-            h = (h ^ static_cast<unsigned char>(s[i])) * 16777619u;
-        return h;
-    }
-};
-
-// The members of one object, indexed by one pass over them, so that reading a
-// record's keys costs a short scan or a hash probe each instead of a search
-// of the JSON library's tree per key. Finds exactly what Member() finds: a
-// name matches a key only with the same length and bytes. An object of more
-// members than the index holds is searched with Member().
-class Members {
-public:
-    explicit Members(const Json::Value& value) : value_(value)
-    {
-        count_ = value.isObject() ? value.size() : 0;
-        if (!value.isObject() || count_ > kMaxMembers) {
-            indexed_ = false; // Member(): null for every key of a non-object
-            return;
-        }
-        const bool hashed = count_ > kScanned;
-        if (hashed) {
-            mask_ = 15;
-            while (mask_ + 1 < 2 * count_)
-                mask_ = 2 * mask_ + 1;
-            std::memset(slots_, 0, mask_ + 1);
-        }
-        unsigned n = 0;
-        const Json::Value::const_iterator end = value.end();
-        for (Json::Value::const_iterator it = value.begin(); it != end && n < count_; ++it, ++n) {
-            const char* nameEnd = nullptr;
-            Entry& e = entries_[n];
-            e.name = it.memberName(&nameEnd);
-            e.length = e.name ? static_cast<unsigned>(nameEnd - e.name) : 0;
-            e.value = &*it;
-            if (hashed) {
-                e.hash = Key::Hash(e.name, e.length);
-                unsigned slot = e.hash & mask_;
-                while (slots_[slot])
-                    slot = (slot + 1) & mask_;
-                slots_[slot] = static_cast<unsigned char>(n + 1);
-            }
-        }
-        count_ = n;
-    }
-
-    const Json::Value& value() const { return value_; }
-
-    const Json::Value& operator[](const Key& key) const
-    {
-        if (!indexed_)
-            return Member(value_, key.text);
-        if (count_ <= kScanned) {
-            for (unsigned i = 0; i < count_; ++i)
-                if (Same(entries_[i], key))
-                    return *entries_[i].value;
-        } else {
-            for (unsigned slot = key.hash & mask_; slots_[slot]; slot = (slot + 1) & mask_) {
-                const Entry& e = entries_[slots_[slot] - 1];
-                if (e.hash == key.hash && Same(e, key))
-                    return *e.value;
-            }
-        }
-        return Json::Value::nullSingleton();
-    }
-
-private:
-    static constexpr unsigned kScanned = 8;     // objects this small are scanned
-    static constexpr unsigned kMaxMembers = 127; // objects larger than this use Member()
-    struct Entry {
-        const char* name;
-        unsigned length;
-        uint32_t hash;
-        const Json::Value* value;
-    };
-
-    static bool Same(const Entry& e, const Key& key)
-    {
-        if (e.length != key.length)
-            return false;
-        for (unsigned i = 0; i < key.length; ++i)
-            if (e.name[i] != key.text[i])
-                return false;
-        return true;
-    }
-
-    const Json::Value& value_;
-    bool indexed_ = true;
-    unsigned count_ = 0;
-    unsigned mask_ = 0;
-    unsigned char slots_[256]; // entry + 1, 0 for a free slot; the first mask_ + 1 are used
-    Entry entries_[kMaxMembers];
-};
-
-// Calls visit(i, element) for i = 0 .. min(size, bound) - 1 of an array, in
-// one pass over its members; an index that the array lacks (an array built
-// sparsely by a program) is visited with the null value, as value[i] gives.
-// A value that is no array has no elements.
-template <class Visit> void ForEachElement(const Json::Value& list, unsigned bound, Visit visit)
-{
-    if (!list.isArray())
-        return;
-    unsigned next = 0;
-    const Json::Value::const_iterator end = list.end();
-    for (Json::Value::const_iterator it = list.begin(); it != end && next < bound; ++it) {
-        const unsigned index = it.index();
-        for (; next < index && next < bound; ++next)
-            visit(next, Json::Value::nullSingleton());
-        if (index >= bound)
-            break;
-        visit(index, *it);
-        next = index + 1;
-    }
-}
-
-// The reader of a scalar field's width, with the default 0 that every
-// parameter field has. Integers of up to 32 bits stored in the JSON value as
-// integers are read here directly, with the readers' rule: a value from
-// INT_MIN to UINT_MAX is stored as its low bits, anything else gives 0 and -1.
-// Every other case goes to the reader itself.
+// The reader of a scalar of type T, with the default 0 that every parameter
+// field has. Integers of up to 32 bits stored in the JSON value as integers
+// are read here directly, with the readers' rule: a value from INT_MIN to
+// UINT_MAX is stored as its low bits, anything else gives 0 and -1. Every
+// other case goes to the reader itself.
 template <class T> int ReadScalar(const Json::Value& value, T& dst)
 {
     if constexpr (std::is_integral_v<T> && sizeof(T) <= 4) {
@@ -239,295 +429,66 @@ template <class T> int ReadScalar(const Json::Value& value, T& dst)
         return GetJsonIntegral(value, dst, T(0));
 }
 
-// The parser's leaf actions: the readers and the sub-record parsers do the
-// conversions. The navigation hooks are empty; other leaves (the inspector's
-// checks) use them to follow the walk.
-struct ReadLeaf {
-    template <class T> void Scalar(const Json::Value& value, T& f) { ReadScalar(value, f); }
-    template <class C, size_t N> void Text(const Json::Value& value, C (&f)[N]) { GetJsonCString(value, f, int(N)); }
-    template <class S, class Parser, class Walk> void Sub(const Json::Value& value, S& s, Parser parser, Walk&)
-    {
-        parser(value, s);
-    }
-    template <class F, class Step> void Custom(const Json::Value& object, F& f, const Step& step) { step.Read(object, f); }
-
-    void Enter(const Json::Value&, const char*) {} // into member `key` of `object`
-    void EnterIndex(unsigned) {}                    // into element i of the current array
-    void Leave() {}
-    void Array(const Json::Value&, size_t) {} // an array of this bound is read from the value
-};
-
-// Walks a description over a JSON object: member lookups, groups and bounded
-// arrays, with the leaf actions of `Leaf`.
-template <class Leaf> class BasicJsonWalk {
-public:
-    explicit BasicJsonWalk(const Json::Value& object, Leaf leaf = Leaf()) : top_(object), cur_(&top_), leaf_(leaf) {}
-
-    Leaf& leaf() { return leaf_; }
-
-    template <class T> void field(const char*, const Key& key, T& f)
-    {
-        leaf_.Enter(cur_->value(), key.text);
-        leaf_.Scalar((*cur_)[key], f);
-        leaf_.Leave();
-    }
-
-    template <class C, size_t N> void text(const char*, const Key& key, C (&f)[N])
-    {
-        leaf_.Enter(cur_->value(), key.text);
-        leaf_.Text((*cur_)[key], f);
-        leaf_.Leave();
-    }
-
-    template <class E, size_t N> void array(const char*, const Key& key, E (&a)[N])
-    {
-        if (key.text) {
-            leaf_.Enter(cur_->value(), key.text);
-            Elements((*cur_)[key], a);
-            leaf_.Leave();
-        } else {
-            Elements(cur_->value(), a);
-        }
-    }
-
-    template <class C, size_t N, size_t M> void texts(const char*, const Key& key, C (&a)[M][N])
-    {
-        leaf_.Enter(cur_->value(), key.text);
-        const Json::Value& list = (*cur_)[key];
-        leaf_.Array(list, M);
-        ForEachElement(list, M, [&](unsigned i, const Json::Value& e) {
-            leaf_.EnterIndex(i);
-            leaf_.Text(e, a[i]);
-            leaf_.Leave();
-        });
-        leaf_.Leave();
-    }
-
-    template <class S, class Parser> void sub(const char*, const Key& key, S& s, Parser parser)
-    {
-        leaf_.Enter(cur_->value(), key.text);
-        leaf_.Sub((*cur_)[key], s, parser, *this);
-        leaf_.Leave();
-    }
-
-    template <class F, class Step> void custom(const char*, F& f, const Step& step)
-    {
-        leaf_.Custom(cur_->value(), f, step);
-    }
-
-    template <class F> void reserved(const char*, F&) {}
-
-    template <class Body> void group(const Key& key, Body body)
-    {
-        leaf_.Enter(cur_->value(), key.text);
-        const Members* outer = cur_;
-        Members inner((*outer)[key]);
-        cur_ = &inner;
-        body();
-        cur_ = outer;
-        leaf_.Leave();
-    }
-
-    // Describes `record` over `object` (a sub-record, an array entry).
-    template <class R> void Record(const Json::Value& object, R& record)
-    {
-        const Members* outer = cur_;
-        Members inner(object);
-        cur_ = &inner;
-        Describe(*this, record);
-        cur_ = outer;
-    }
-
-private:
-    template <class E, size_t N> void Elements(const Json::Value& list, E (&a)[N])
-    {
-        leaf_.Array(list, N);
-        ForEachElement(list, N, [&](unsigned i, const Json::Value& e) {
-            leaf_.EnterIndex(i);
-            Visit(e, a[i]);
-            leaf_.Leave();
-        });
-    }
-
-    template <class E> void Visit(const Json::Value& value, E& e)
-    {
-        if constexpr (std::is_arithmetic_v<E>)
-            leaf_.Scalar(value, e);
-        else if constexpr (std::is_array_v<E>)
-            Elements(value, e);
-        else
-            Record(value, e);
-    }
-
-    Members top_;
-    const Members* cur_; // the object being described
-    Leaf leaf_;
-};
-
-// The parsers' walk.
-using JsonWalk = BasicJsonWalk<ReadLeaf>;
-
-// Reads a section object into its record: -1 without writing when the
-// section is empty or absent, else 0.
-template <class R> int WalkSection(const Json::Value& section, R& record)
+// Calls f(T()) with the C++ type of a scalar field.
+template <class F> auto WithScalarType(const Field& field, F f)
 {
-    if (section.empty())
-        return -1;
-    JsonWalk walk(section);
-    Describe(walk, record);
-    return 0;
+    switch (ScalarType(field.type)) {
+    case ScalarType::U8: return f((unsigned char)0);
+    case ScalarType::I8: return f((signed char)0);
+    case ScalarType::Char: return f((char)0);
+    case ScalarType::U16: return f((unsigned short)0);
+    case ScalarType::I16: return f((short)0);
+    case ScalarType::U32: return f(0u);
+    case ScalarType::I32: return f(0);
+    case ScalarType::U64: return f(0ULL);
+    case ScalarType::I64: return f(0LL);
+    case ScalarType::F32: break;
+    }
+    return f(0.0f);
 }
 
-// ---------------------------------------------------------------------------
-// Layout: what the description says about every byte of a record.
-
-// Hex: bytes shown as hexadecimal text, two digits a byte (a conversion step
-// that reads them from such text says so, see StepKind).
-enum class Kind { Unsigned, Signed, Char, Float, Text, Hex, Reserved };
-
-struct FieldInfo {
-    std::string path;    // field path in the record, e.g. "P1[0].CS_MP"
-    std::string keys;    // JSON key path under the section, e.g. "P1[0].CS.MP"
-    size_t offset;
-    size_t size;         // bytes
-    Kind kind;
-};
-
-// Name of a field's type as the layout shows it ("u16", "char[16]", "u8[2]").
-inline std::string TypeName(const FieldInfo& f)
+// Reads a scalar field's value into `at` with the reader of its type. An
+// integer field of up to 32 bits given a JSON integer keeps its low bytes,
+// as ReadScalar says, without the switch over the field's type.
+inline int ReadScalarField(const Field& field, const Json::Value& value, void* at)
 {
-    const std::string bits = std::to_string(8 * f.size);
-    switch (f.kind) {
-    case Kind::Unsigned: return "u" + bits;
-    case Kind::Signed: return "i" + bits;
-    case Kind::Char: return "char";
-    case Kind::Float: return "f" + bits;
-    case Kind::Text: return "char[" + std::to_string(f.size) + "]";
-    case Kind::Hex:
-    case Kind::Reserved: break;
+    const Json::ValueType type = value.type();
+    if ((type == Json::intValue || type == Json::uintValue) && field.type < uint8_t(ScalarType::U64)) {
+        bool fits;
+        uint32_t bits;
+        if (type == Json::intValue) {
+            const Json::LargestInt v = value.asLargestInt();
+            fits = v >= -2147483648LL && v <= 4294967295LL;
+            bits = fits ? static_cast<uint32_t>(v) : 0;
+        } else {
+            const Json::LargestUInt v = value.asLargestUInt();
+            fits = v <= 4294967295ULL;
+            bits = fits ? static_cast<uint32_t>(v) : 0;
+        }
+        if (field.size == 1) {
+            const uint8_t low = static_cast<uint8_t>(bits);
+            std::memcpy(at, &low, 1);
+        } else if (field.size == 2) {
+            const uint16_t low = static_cast<uint16_t>(bits);
+            std::memcpy(at, &low, 2);
+        } else {
+            std::memcpy(at, &bits, 4);
+        }
+        return fits ? 0 : -1;
     }
-    return "u8[" + std::to_string(f.size) + "]";
+    return WithScalarType(field, [&](auto zero) {
+        decltype(zero) v = zero;
+        const int result = ReadScalar(value, v);
+        std::memcpy(at, &v, sizeof v);
+        return result;
+    });
 }
 
-// A conversion step whose field is one value rather than field by field
-// declares `static constexpr Kind kind`; the layout then lists the whole field
-// with that kind.
-template <class Step, class = void> struct StepKind {
-    static constexpr bool declared = false;
-};
-template <class Step> struct StepKind<Step, std::void_t<decltype(Step::kind)>> {
-    static constexpr bool declared = true;
-};
+// Runs an exported parser's rules and walk over `object` into `record`.
+int Parse(const Parser& parser, const Json::Value& object, void* record);
 
-class LayoutWalk {
-public:
-    LayoutWalk(const void* base, std::vector<FieldInfo>& out) : base_(static_cast<const char*>(base)), out_(out) {}
-
-    template <class T> void field(const char* name, const char* key, T& f)
-    {
-        Leaf(path_ + name, keys_ + key, f);
-    }
-
-    template <class C, size_t N> void text(const char* name, const char* key, C (&f)[N])
-    {
-        Emit(path_ + name, keys_ + key, &f, N, Kind::Text);
-    }
-
-    template <class E, size_t N> void array(const char* name, const char* key, E (&a)[N])
-    {
-        std::string keys = key ? keys_ + key : keys_.substr(0, keys_.empty() ? 0 : keys_.size() - 1);
-        Elements(path_ + name, keys, a);
-    }
-
-    template <class C, size_t N, size_t M> void texts(const char* name, const char* key, C (&a)[M][N])
-    {
-        for (size_t i = 0; i < M; ++i)
-            Emit(path_ + name + Index(i), keys_ + key + Index(i), &a[i], N, Kind::Text);
-    }
-
-    template <class S, class Parser> void sub(const char* name, const char* key, S& s, Parser)
-    {
-        Visit(path_ + name, keys_ + key, s);
-    }
-
-    template <class F, class Step> void custom(const char* name, F& f, const Step& step)
-    {
-        // A step reading several keys shows them as {A,B}.
-        std::string keys = step.Keys();
-        if (keys.find(',') != std::string::npos)
-            keys = "{" + keys + "}";
-        if constexpr (StepKind<Step>::declared)
-            Emit(path_ + name, keys_ + keys, &f, sizeof f, Step::kind);
-        else
-            Leaf(path_ + name, keys_ + keys, f);
-    }
-
-    template <class F> void reserved(const char* name, F& f) { Emit(path_ + name, "", &f, sizeof f, Kind::Reserved); }
-
-    template <class Body> void group(const char* key, Body body)
-    {
-        std::string outer = keys_;
-        keys_ += key;
-        keys_ += '.';
-        body();
-        keys_ = outer;
-    }
-
-private:
-    static std::string Index(size_t i) { return "[" + std::to_string(i) + "]"; }
-
-    template <class T> void Leaf(const std::string& path, const std::string& keys, T& f)
-    {
-        if constexpr (std::is_array_v<T>) {
-            Elements(path, keys, f);
-        } else {
-            static_assert(std::is_arithmetic_v<T>, "a scalar field");
-            Kind kind = std::is_floating_point_v<T>   ? Kind::Float
-                        : std::is_same_v<T, char>     ? Kind::Char
-                        : std::is_signed_v<T>         ? Kind::Signed
-                                                      : Kind::Unsigned;
-            Emit(path, keys, &f, sizeof f, kind);
-        }
-    }
-
-    template <class E, size_t N> void Elements(const std::string& path, const std::string& keys, E (&a)[N])
-    {
-        for (size_t i = 0; i < N; ++i)
-            Visit(path + Index(i), keys + Index(i), a[i]);
-    }
-
-    template <class E> void Visit(const std::string& path, const std::string& keys, E& e)
-    {
-        if constexpr (std::is_arithmetic_v<E> || std::is_array_v<E>) {
-            Leaf(path, keys, e);
-        } else {
-            std::string outerPath = path_, outerKeys = keys_;
-            path_ = path + ".";
-            keys_ = keys + ".";
-            Describe(*this, e);
-            path_ = outerPath;
-            keys_ = outerKeys;
-        }
-    }
-
-    void Emit(std::string path, std::string keys, const void* at, size_t size, Kind kind)
-    {
-        out_.push_back({std::move(path), std::move(keys), size_t(static_cast<const char*>(at) - base_), size, kind});
-    }
-
-    const char* base_;
-    std::vector<FieldInfo>& out_;
-    std::string path_, keys_;
-};
-
-// The fields of a record in description order.
-template <class R> std::vector<FieldInfo> Layout(R& record)
-{
-    std::vector<FieldInfo> fields;
-    LayoutWalk walk(&record, fields);
-    Describe(walk, record);
-    return fields;
-}
+// Reads one entry of a table from `object` into the record at `base`.
+void ReadEntry(const Field& field, const Json::Value& object, void* base);
 
 } // namespace para
 
