@@ -1,7 +1,10 @@
 # Installation, the CMake package, the pkg-config file and the Debian packages.
 #
 #   cmake --install <build> [--prefix DIR]   lib/        libBSCommonLibrary.so, libtoolkit.so
-#                                            bin/        mdvr-param
+#                                            bin/        mdvr-param (and the bus tools)
+#                                            share/man/man1/  their man pages
+#                                            share/doc/libbscommonlibrary{,-dev}/
+#                                                        changelog.gz, copyright; -dev: html/
 #                                            include/BSCommonLibrary/   exported headers, CommonToolkit.h
 #                                            lib/cmake/BSCommonLibrary/ find_package(BSCommonLibrary CONFIG)
 #                                            lib/pkgconfig/BSCommonLibrary.pc
@@ -28,9 +31,9 @@ set_target_properties(mdvr-param PROPERTIES INSTALL_RPATH "$ORIGIN/${BSCOMMON_BI
 install(TARGETS BSCommonLibrary EXPORT BSCommonLibraryTargets
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
 install(TARGETS mdvr-param RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
-# The development bus (daemon and command-line client) comes with the host
-# build of the support library.
-foreach(tool mdvr-busd mdvr-bus)
+# The development bus (daemon, command-line client and the example recorder
+# process) comes with the host build of the support library.
+foreach(tool mdvr-busd mdvr-bus mdvr-recorder)
     if(TARGET ${tool})
         set_target_properties(${tool} PROPERTIES INSTALL_RPATH "$ORIGIN/${BSCOMMON_BIN_TO_LIB}")
         install(TARGETS ${tool} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
@@ -58,6 +61,24 @@ write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/BSCommonLibraryConf
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/BSCommonLibraryConfig.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/BSCommonLibraryConfigVersion.cmake
     DESTINATION ${BSCOMMON_INSTALL_CMAKEDIR} COMPONENT development)
+
+# Documentation (cmake/BSCommonDocs.cmake): man pages with the tools, the API
+# reference with the headers, and in each package's doc directory the
+# changelog and the copyright file that Debian packages carry.
+if(BSCOMMON_DOCS)
+    foreach(page IN LISTS BSCOMMON_MAN_PAGES)
+        install(FILES ${page}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT runtime)
+    endforeach()
+    install(DIRECTORY ${BSCOMMON_DOCS_DIR}/html
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libbscommonlibrary-dev COMPONENT development)
+    foreach(package_component libbscommonlibrary:runtime libbscommonlibrary-dev:development)
+        string(REPLACE ":" ";" package_component ${package_component})
+        list(GET package_component 0 package)
+        list(GET package_component 1 component)
+        install(FILES ${CMAKE_CURRENT_BINARY_DIR}/changelog.gz ${CMAKE_CURRENT_SOURCE_DIR}/docs/copyright
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component})
+    endforeach()
+endif()
 
 # pkg-config: relocatable, the prefix is found from the file's own place.
 file(RELATIVE_PATH BSCOMMON_PC_TO_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
@@ -132,8 +153,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libbscommonlibrary-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "libbscommonlibrary (= ${PROJECT_VERSION}), libjsoncpp-dev")
-set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "the shared library, the support library and mdvr-param")
-set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "headers, CMake package and pkg-config file")
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "the shared library, the support library and the tools with their man pages")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "headers, CMake package, pkg-config file and the API reference")
 include(CPack)
 
 # Tests of what is installed and packaged (not with sanitizers: a consumer

@@ -48,6 +48,15 @@ const char kSmall[] = R"({"PARAMETER":{"MDVR":{
 // 17 recording channels, one more than the record holds.
 const std::string kChannels17 = paratest::List(R"({"RM":1})", 17);
 
+// An object of n keys that no parser reads, "K0" and on.
+std::string UnknownKeys(size_t n)
+{
+    std::string keys = paratest::List(R"("K%":1)", n);
+    keys.front() = '{';
+    keys.back() = '}';
+    return keys;
+}
+
 } // namespace
 
 // Each command's output holds these pieces (and not those after a "!").
@@ -115,6 +124,9 @@ TEST(MdvrParam, CheckReportsEachKindOfLoss)
           "MDVR.TIMEP.DST.SWIND: only the low 4 bits of 256 are packed: stores 0\n"}},
         {R"({"PARAMETER":{"MDVR":{"ATP":{"GE":1,"NS":"pool.ntp.org"},"TIMEP":{"DST":{"SWEEK":1}}}}})", {}},
         {Slurp(ExampleFile()), {}},
+        // Findings are capped: the first 1000, then a count of the rest.
+        {DocText("ATP", UnknownKeys(1003)), {"MDVR.ATP.K0: key not read by the parser: ignored\n",
+                                             "... and 3 more findings (the first 1000 are listed)\n"}},
     };
     for (const auto& c : cases) {
         const Outcome r = Tool("check -", c.doc);
@@ -145,6 +157,24 @@ TEST(MdvrParam, ErrorsAreOneLineWithStatusTwo)
         {"encode --type 77 -", kSmall, "mdvr-param: unknown parameter type or section: 77\n"},
         {"diff -", "", "mdvr-param: B is required\n"},
         {"show --bogus -", kSmall, "mdvr-param: The following argument was not expected: --bogus\n"},
+        // Documents that are not one object.
+        {"show -", "[1,2,3]", "mdvr-param: -: the document is an array, not an object"},
+        {"show -", "42", "mdvr-param: -: the document is an integer, not an object"},
+        {"show -", "null", "mdvr-param: -: the document is null, not an object"},
+        {"check -", "\"x\"", "mdvr-param: -: the document is a string, not an object"},
+        {"show -", kSmall + std::string("\n{}"), "mdvr-param: -: JSON syntax error at line 4, column 1: text after the document\n"},
+        {"check -", "{} x", "mdvr-param: -: JSON syntax error at line 1, column 4: text after the document\n"},
+        // The nesting limit where it is passed: the 1001st bracket of the second line.
+        {"show -", "{\"a\":\n " + std::string(1000, '[') + std::string(1000, ']') + "}",
+         "mdvr-param: -: nesting deeper than 1000 arrays and objects at line 2, column 1001\n"},
+        {"show " + testing::TempDir(), "", "mdvr-param: cannot read " + testing::TempDir() + ": Is a directory\n"},
+        {"decode --type 1 " + testing::TempDir(), "", "mdvr-param: cannot read " + testing::TempDir() + ": Is a directory\n"},
+        // An empty name selects nothing (encode and decode indexed the empty selection).
+        {"show --type '' -", kSmall, "mdvr-param: --type: an empty name: give a type number or a section key\n"},
+        {"encode --section '' -", kSmall, "mdvr-param: --section: an empty name: give a type number or a section key\n"},
+        {"decode --type '' -", "", "mdvr-param: --type: an empty name: give a type number or a section key\n"},
+        {"schema ''", "", "mdvr-param: an empty name: give a type number, a section key or all\n"},
+        {"diff - -", kSmall, "mdvr-param: standard input is read only once: name at most one file -\n"},
     };
     for (const auto& c : cases) {
         Outcome r = Tool(c.args, c.input);
@@ -303,6 +333,7 @@ TEST(MdvrParamDecode, EncodeDecodeEncodeGivesTheSameBytesAndNamesWhatNoDocumentG
 
 TEST(MdvrParam, HelpForTheToolAndEachCommand)
 {
+    EXPECT_EQ(Tool("--version").out, std::string("mdvr-param ") + BSCOMMON_VERSION + "\n");
     Outcome r = Tool("--help");
     EXPECT_EQ(r.status, 0);
     for (const char* command : {"show", "layout", "check", "types", "schema", "encode", "decode", "diff"}) {
@@ -310,6 +341,7 @@ TEST(MdvrParam, HelpForTheToolAndEachCommand)
         const Outcome sub = Tool(std::string(command) + " --help");
         EXPECT_EQ(sub.status, 0) << command;
         EXPECT_TRUE(Has(sub.out, std::string("Usage: mdvr-param ") + command)) << sub.out;
+        EXPECT_TRUE(Has(sub.out, "Exit status: 0 success, 1 a finding")) << sub.out;
     }
 }
 

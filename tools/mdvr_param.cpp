@@ -13,7 +13,7 @@
 // Everything is derived from the library's record descriptions and parsers.
 // Exit status: 0 success (check: clean; diff: no difference), 1 check found
 // something, diff found a difference or decode cannot give the record back
-// exactly, 2 error.
+// exactly, 2 a usage or input error (one line on standard error).
 #include "CommonParaAdapter.h"
 #include "ParaCheck.h"
 #include "ParaDecode.h"
@@ -38,8 +38,11 @@
 #include <stdexcept>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -81,34 +84,105 @@ const TypeInfo* FindType(const std::string& what)
 
 // ---------------------------------------------------------------------------
 
-// The bytes of a file, or of standard input for "-".
+// The bytes of a file, or of standard input for "-" (which can be read once).
 std::string ReadFile(const std::string& name)
 {
-    std::ostringstream in;
+    static bool stdinRead = false;
+    int fd = STDIN_FILENO;
     if (name == "-") {
-        in << std::cin.rdbuf();
-        return in.str();
+        if (stdinRead)
+            throw UsageError("standard input is read only once: name at most one file -");
+        stdinRead = true;
+        if (isatty(fd))
+            std::fprintf(stderr, "mdvr-param: reading the document from standard input (end it with Ctrl-D)\n");
+    } else {
+        fd = open(name.c_str(), O_RDONLY | O_CLOEXEC);
+        if (fd < 0)
+            throw UsageError("cannot read " + name + ": " + std::strerror(errno));
     }
-    std::ifstream file(name, std::ios::binary);
-    if (!file)
-        throw UsageError("cannot read " + name + ": " + std::strerror(errno));
-    in << file.rdbuf();
-    if (file.bad())
-        throw UsageError("cannot read " + name + ": " + std::strerror(errno));
-    return in.str();
+    struct stat st;
+    if (fstat(fd, &st) == 0 && S_ISDIR(st.st_mode)) {
+        close(fd);
+        throw UsageError("cannot read " + name + ": " + std::strerror(EISDIR));
+    }
+    std::string bytes;
+    char buffer[65536];
+    for (;;) {
+        const ssize_t n = read(fd, buffer, sizeof buffer);
+        if (n > 0) {
+            bytes.append(buffer, size_t(n));
+        } else if (n == 0) {
+            break;
+        } else if (errno != EINTR) {
+            const int error = errno;
+            if (fd != STDIN_FILENO)
+                close(fd);
+            throw UsageError("cannot read " + name + ": " + std::strerror(error));
+        }
+    }
+    if (fd != STDIN_FILENO)
+        close(fd);
+    return bytes;
 }
 
+// The deepest nesting of arrays and objects that a document may have.
+const int kMaxDepth = 1000;
+
+// Line and column (from 1) of the bracket that opens level kMaxDepth + 1,
+// skipping strings and comments as the JSON reader does.
+std::pair<int, int> TooDeep(const std::string& text)
+{
+    int depth = 0, line = 1, column = 0;
+    for (size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        ++column;
+        if (c == '\n') {
+            ++line;
+            column = 0;
+        } else if (c == '"') {
+            for (++i, ++column; i < text.size() && text[i] != '"'; ++i, ++column) {
+                if (text[i] == '\\')
+                    ++i, ++column;
+                else if (text[i] == '\n')
+                    ++line, column = 0;
+            }
+        } else if (c == '/' && i + 1 < text.size() && (text[i + 1] == '/' || text[i + 1] == '*')) {
+            const bool block = text[i + 1] == '*';
+            const size_t end = block ? text.find("*/", i + 2) : text.find('\n', i);
+            const size_t stop = end == std::string::npos ? text.size() : end + (block ? 2 : 0);
+            for (; i < stop; ++i, ++column)
+                if (text[i] == '\n')
+                    ++line, column = 0;
+            --i, --column;
+        } else if (c == '[' || c == '{') {
+            if (++depth > kMaxDepth)
+                return {line, column};
+        } else if (c == ']' || c == '}') {
+            --depth;
+        }
+    }
+    return {1, 1};
+}
+
+// The document in `text`: one JSON object, with nothing but white space (or
+// comments) after it.
 Json::Value ParseDocument(const std::string& text, const std::string& name)
 {
     Json::CharReaderBuilder builder;
+    builder["failIfExtra"] = true;
+    builder["stackLimit"] = kMaxDepth;
     std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
     Json::Value doc;
     std::string errors;
     bool ok = false;
     try {
         ok = reader->parse(text.data(), text.data() + text.size(), &doc, &errors);
-    } catch (const std::exception& e) {
-        errors = std::string("* Line 1, Column 1\n  ") + e.what();
+    } catch (const std::exception& e) { // the reader throws when the nesting is too deep
+        if (!std::strstr(e.what(), "stackLimit"))
+            throw UsageError(name + ": " + e.what());
+        const std::pair<int, int> at = TooDeep(text);
+        throw UsageError(name + ": nesting deeper than " + std::to_string(kMaxDepth) + " arrays and objects at line " +
+                         std::to_string(at.first) + ", column " + std::to_string(at.second));
     }
     if (!ok) {
         int line = 0, column = 0;
@@ -116,8 +190,16 @@ Json::Value ParseDocument(const std::string& text, const std::string& name)
         std::string reason = errors.substr(errors.find('\n') + 1);
         reason = reason.substr(reason.find_first_not_of(' '));
         reason = reason.substr(0, reason.find('\n'));
+        if (reason.rfind("Extra non-whitespace", 0) == 0)
+            reason = "text after the document";
         throw UsageError(name + ": JSON syntax error at line " + std::to_string(line) + ", column " +
                          std::to_string(column) + ": " + reason);
+    }
+    if (!doc.isObject()) {
+        static const char* const kinds[] = {"null", "an integer", "an integer", "a number", "a string", "a boolean",
+                                            "an array", "an object"};
+        throw UsageError(name + ": the document is " + kinds[doc.type()] +
+                         ", not an object {\"PARAMETER\":{\"MDVR\":{...}}}");
     }
     return doc;
 }
@@ -221,6 +303,8 @@ void PrintLayout(const TypeInfo& t)
 // One type by key or number, or every type for "all".
 std::vector<const TypeInfo*> TypesNamed(const std::string& what)
 {
+    if (what.empty())
+        throw UsageError("an empty name: give a type number, a section key or all");
     return what == "all" ? Selected(Json::Value(), "", true) : Selected(Json::Value(), what);
 }
 
@@ -247,8 +331,14 @@ int Check(const std::string& file)
             para::CheckSection(*t.parser.record, para::Section(doc, t.key), std::string("MDVR.") + t.key);
         findings.insert(findings.end(), more.begin(), more.end());
     }
-    for (const para::Finding& f : findings)
-        std::printf("%s: %s\n", f.path.c_str(), f.what.c_str());
+    // A document of a million bad keys would give a million lines: the first
+    // kMaxFindings are listed, then how many more there are.
+    const size_t kMaxFindings = 1000;
+    for (size_t i = 0; i < findings.size() && i < kMaxFindings; ++i)
+        std::printf("%s: %s\n", findings[i].path.c_str(), findings[i].what.c_str());
+    if (findings.size() > kMaxFindings)
+        std::printf("... and %zu more findings (the first %zu are listed)\n", findings.size() - kMaxFindings,
+                    kMaxFindings);
     if (findings.empty())
         std::printf("clean: every value is stored as written\n");
     return findings.empty() ? 0 : 1;
@@ -383,8 +473,13 @@ int Diff(const std::string& fileA, const std::string& fileB)
 // `--type N` and `--section KEY` name one type either way.
 void AddTypeOptions(CLI::App* command, std::string& only, bool required)
 {
-    CLI::Option* type = command->add_option("--type", only, "parameter type number (or section key)");
-    CLI::Option* section = command->add_option("--section", only, "section key (or parameter type number)");
+    // An empty name would select nothing (or, unchecked, everything).
+    const auto named = [](const std::string& name) {
+        return name.empty() ? std::string("an empty name: give a type number or a section key") : std::string();
+    };
+    CLI::Option* type = command->add_option("--type", only, "parameter type number (or section key)")->check(named);
+    CLI::Option* section =
+        command->add_option("--section", only, "section key (or parameter type number)")->check(named);
     type->excludes(section);
     if (required) {
         CLI::Option_group* group = command->add_option_group("type");
@@ -397,8 +492,10 @@ void AddTypeOptions(CLI::App* command, std::string& only, bool required)
 int Run(int argc, char** argv)
 {
     CLI::App app("mdvr-param: what a parameter document becomes in the recorder's records, and what the\n"
-                 "conversion silently loses. Exit status: 0 success, 1 a finding or difference, 2 error.",
+                 "conversion silently loses.",
                  "mdvr-param");
+    app.set_version_flag("--version", std::string("mdvr-param ") + BSCOMMON_VERSION,
+                         "print the version and exit");
     app.require_subcommand(1);
 
     std::string only, format = "text", file = "-", what = "all", out, other;
@@ -431,6 +528,13 @@ int Run(int argc, char** argv)
     CLI::App* diff = app.add_subcommand("diff", "list every stored field that differs between two documents (status 1 when any)");
     diff->add_option("A", file, "old document")->required();
     diff->add_option("B", other, "new document")->required();
+
+    const std::string exitStatus =
+        "Exit status: 0 success, 1 a finding (check), a difference (diff) or a record that no\n"
+        "document gives back (decode), 2 a usage or input error.";
+    app.footer(exitStatus);
+    for (CLI::App* command : app.get_subcommands({}))
+        command->footer(exitStatus);
 
     // An unknown first word is a command, not an argument.
     if (argc > 1 && argv[1][0] != '-') {

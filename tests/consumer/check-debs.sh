@@ -45,24 +45,35 @@ runtime_expected=(/usr/lib/libBSCommonLibrary.so /usr/lib/libtoolkit.so /usr/bin
 # The host build of the support library is a ZeroMQ client and brings the
 # development bus with it.
 if [ -x "$build/mdvr-busd" ]; then
-    runtime_expected+=(/usr/bin/mdvr-busd /usr/bin/mdvr-bus)
+    runtime_expected+=(/usr/bin/mdvr-busd /usr/bin/mdvr-bus /usr/bin/mdvr-recorder)
     expect_field "$runtime" Depends '(^|, )libzmq5 \(>= [^)]+\)'
 fi
-runtime_files=$(expect_files "$runtime" "${runtime_expected[@]}")
+# Each package's doc directory, a man page for every tool the build made one for.
+docs=()
+for package in libbscommonlibrary libbscommonlibrary-dev; do
+    docs+=("/usr/share/doc/$package/changelog.gz" "/usr/share/doc/$package/copyright")
+done
+man_pages=()
+for page in "$build"/man/*.1.gz; do
+    [ -e "$page" ] && man_pages+=("/usr/share/man/man1/$(basename "$page")")
+done
+[ ${#man_pages[@]} -gt 0 ] || fail "the build made no man pages"
+runtime_files=$(expect_files "$runtime" "${runtime_expected[@]}" "${man_pages[@]}" "${docs[@]:0:2}")
 dev_files=$(expect_files "$dev" \
     /usr/include/BSCommonLibrary/CommonParaAdapter.h /usr/include/BSCommonLibrary/MsgClientManage.h \
     /usr/include/BSCommonLibrary/CommonUtils.h /usr/include/BSCommonLibrary/CommonToolkit.h \
     /usr/lib/cmake/BSCommonLibrary/BSCommonLibraryConfig.cmake \
     /usr/lib/cmake/BSCommonLibrary/BSCommonLibraryConfigVersion.cmake \
     /usr/lib/cmake/BSCommonLibrary/BSCommonLibraryTargets.cmake \
-    /usr/lib/pkgconfig/BSCommonLibrary.pc)
+    /usr/lib/pkgconfig/BSCommonLibrary.pc /usr/share/doc/libbscommonlibrary-dev/html/index.html \
+    "${docs[@]:2:2}")
 # Every exported header of the source tree is in the development package,
 # and no header or build file slipped into the runtime package.
 for header in "$(dirname "$0")"/../../basicservice/basebusiness/BSCommonLibrary/include/*.h; do
     grep -qx "/usr/include/BSCommonLibrary/$(basename "$header")" <<<"$dev_files" ||
         fail "development package lacks $(basename "$header")"
 done
-grep -E '\.(h|cmake|pc)$' <<<"$runtime_files" && fail "runtime package holds development files"
+grep -E '\.(h|cmake|pc|html)$' <<<"$runtime_files" && fail "runtime package holds development files"
 grep -E '\.so' <<<"$dev_files" && fail "development package holds libraries"
 
 # The ELF machine of what the runtime package holds.

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs a build and builds the consumer program against the installed
-# library as an application of its own would be built, then runs it.
+# Installs a build and builds the consumer program and the guide's example
+# (docs/guide.md) against the installed library as an application of its own
+# would be built, then runs the consumer.
 #   run-consumer.sh BUILD_DIR cmake|pkg-config [TOOLCHAIN_FILE SYSROOT]
 #
 # CXX, CXXFLAGS and LDFLAGS are the compiler and flags of the pkg-config build
@@ -64,9 +65,11 @@ pkg-config)
         sysroot=$stage
     fi
     pkg-config --exists --print-errors BSCommonLibrary
-    # shellcheck disable=SC2046
-    "$cxx" "${cxxflags[@]}" -std=c++17 -Wall -Wextra -Werror "$here/consumer.cpp" -o "$work/consumer" \
-        $(pkg-config --cflags --libs BSCommonLibrary) "${ldflags[@]}"
+    for source in "$here/consumer.cpp" "$here/../../examples/guide_example.cpp"; do
+        # shellcheck disable=SC2046
+        "$cxx" "${cxxflags[@]}" -std=c++17 -Wall -Wextra -Werror "$source" -o "$work/$(basename "$source" .cpp)" \
+            $(pkg-config --cflags --libs BSCommonLibrary) "${ldflags[@]}"
+    done
     program=$work/consumer
     ;;
 *)

@@ -1,6 +1,7 @@
-// Small utilities for the recorder's processes: byte stuffing of serial
-// frames, a millisecond wall clock and detached threads. None of them keeps
-// state or throws.
+/// @file
+/// Small utilities for the recorder's processes: byte stuffing of serial
+/// frames, a millisecond wall clock and detached threads. None of them keeps
+/// state or throws.
 #ifndef COMMON_UTILS_H
 #define COMMON_UTILS_H
 
@@ -42,22 +43,59 @@
 //
 // `src` and `dst` must not overlap.
 
+/// Escapes a frame of variant 7e7e (see the frame escaping rules above in CommonUtils.h).
+/// @param src the frame: 1 leading byte, the body, 1 end byte
+/// @param dst receives the escaped frame; at least 2 * @p len - 2 bytes, not overlapping @p src
+/// @param len the frame's length
+/// @return the number of bytes written; 0, with nothing written, when @p src or @p dst is null,
+///         @p len < 2 or @p len > INT_MAX / 2.
 BSCOMMON_API int serial_transfrom_7e7e(char const* src, char* dst, int len) noexcept;
+/// Unescapes one frame of variant 7e7e, which ends at the buffer's last byte.
+/// @param src    the escaped frame
+/// @param dst    receives at most @p len bytes, not overlapping @p src
+/// @param len    the number of bytes in @p src
+/// @param remain when not null, receives the number of bytes, counted back from the end of
+///               @p src, that the caller still holds: 0 after a frame, the bytes from a 0x7E inside
+///               the body on, @p len for an incomplete frame or bad arguments (0 for a negative
+///               @p len)
+/// @return the decoded frame's length, end byte included; 0 when no complete frame was found
+///         (a 0x7E inside the body, an escape pair that took the last byte, null pointers or
+///         @p len < 2), and then the bytes in @p dst mean nothing.
 BSCOMMON_API int serial_retransfrom_7e7e(char const* src, char* dst, int len, int* remain) noexcept;
+/// Escapes a frame of variant 7e7f.
+/// @param src the frame: 2 leading bytes, the body, 1 end byte
+/// @param dst receives the escaped frame; at least 2 * @p len - 3 bytes, not overlapping @p src
+/// @param len the frame's length
+/// @return the number of bytes written; 0, with nothing written, when @p src or @p dst is null,
+///         @p len < 3 or @p len > INT_MAX / 2.
 BSCOMMON_API int serial_transfrom_7e7f(char const* src, char* dst, int len) noexcept;
+/// Unescapes one frame of variant 7e7f, which ends at the first 0x7F.
+/// @param src    the escaped input, which may hold more after the frame
+/// @param dst    receives at most @p len bytes, not overlapping @p src
+/// @param len    the number of bytes in @p src
+/// @param remain when not null, receives the number of bytes, counted back from the end of
+///               @p src, that the caller still holds: the bytes after the 0x7F after a frame, the
+///               bytes from a 0x7E inside the body on, @p len for an incomplete frame (no 0x7F, or
+///               a 0x7D as the last byte) or bad arguments (0 for a negative @p len)
+/// @return the decoded frame's length, the 0x7F included; 0 when no complete frame was found,
+///         and then the bytes in @p dst mean nothing.
 BSCOMMON_API int serial_retransfrom_7e7f(char const* src, char* dst, int len, int* remain) noexcept;
 
 // --- Clock and threads ------------------------------------------------------
 
-// Milliseconds since the Unix epoch from the settable wall clock (it jumps
-// when the clock is set; use it for time stamps, not for measuring intervals).
+/// Milliseconds since the Unix epoch from the settable wall clock (it jumps
+/// when the clock is set; use it for time stamps, not for measuring intervals).
+/// @return the time in milliseconds; it cannot fail.
 BSCOMMON_API long long GetSystemMilliSecond() noexcept;
 
-// Starts `entry(arg)` on a detached thread of system scope. Returns 0 on
-// success and then stores the thread's pthread_t in *id when `id` is not null;
-// returns -1, and leaves *id alone, when `entry` is null or the thread cannot
-// be created. The thread must not be joined; its resources are released when
-// it returns. It may already be running before *id is written.
+/// Starts `entry(arg)` on a detached thread of system scope. The thread must
+/// not be joined; its resources are released when it returns. It may already
+/// be running before *id is written.
+/// @param entry the thread's function
+/// @param arg   its argument
+/// @param id    when not null, receives the thread's pthread_t on success
+/// @return 0 on success; -1, with *id left alone, when @p entry is null or the thread cannot be
+///         created (the error number is not kept).
 BSCOMMON_API int CreateNormalThread(void* (*entry)(void*), void* arg, unsigned long* id) noexcept;
 
 #endif

@@ -1,8 +1,9 @@
-// Alarm sub-records (linkage, weekly schedule, snapshot setting), the area,
-// speed, area-limit, IO, urgent, video-analysis, fatigue-driving and
-// timeout-parking alarm records, and their parsers. Offsets
-// and sizes are those of the 32-bit ARM recorder and are checked at compile
-// time; no record has implicit padding.
+/// @file
+/// Alarm sub-records (linkage, weekly schedule, snapshot setting), the area,
+/// speed, area-limit, IO, urgent, video-analysis, fatigue-driving and
+/// timeout-parking alarm records, and their parsers. Offsets
+/// and sizes are those of the 32-bit ARM recorder and are checked at compile
+/// time; no record has implicit padding.
 #ifndef PARA_ALARM_RECORDS_H
 #define PARA_ALARM_RECORDS_H
 
@@ -13,37 +14,44 @@
 // ---------------------------------------------------------------------------
 // Alarm linkage: what the recorder does when an alarm fires ("APR").
 
-// "AR": recording.
+/// "AR": recording.
 struct alarmLinkRecord_t {
-    unsigned int CH; // one 32-bit value, unlike the CH array of the linkage
+    unsigned int CH; ///< One 32-bit value, unlike the CH array of the linkage. Read from the key of the same name.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned short P;
     unsigned short D;
     unsigned char L;
     unsigned char ST;
-    unsigned char reserved0[2];
+    /// @}
+    unsigned char reserved0[2]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(alarmLinkRecord_t, 12);
 
-// "SS": snapshot.
+/// "SS": snapshot.
 struct alarmLinkSnapShot {
-    unsigned int EN;
-    unsigned char reserved0[4];
+    unsigned int EN; ///< Read from the key of the same name (see @ref reading).
+    unsigned char reserved0[4]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(alarmLinkSnapShot, 8);
 
-// "PS": output.
+/// "PS": output.
 struct alarmLinkOutput_t {
-    unsigned char ID;
-    unsigned char reserved0[3];
-    unsigned short T;
-    unsigned char reserved1[2];
+    unsigned char ID; ///< Read from the key of the same name (see @ref reading).
+    unsigned char reserved0[3]; ///< Reserved: no parser writes these bytes.
+    unsigned short T; ///< Read from the key of the same name (see @ref reading).
+    unsigned char reserved1[2]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(alarmLinkOutput_t, 8);
 
+/// Alarm linkage ("APR"): recording, snapshot and output groups, then the linkage's own keys;
+/// read by ParseAlarmLinkProcess() and embedded in most alarm records.
 struct alarmLinkProcess_t {
-    alarmLinkRecord_t AR;
-    alarmLinkSnapShot SS;
-    alarmLinkOutput_t PS;
+    alarmLinkRecord_t AR; ///< From the object AR, by ParseAlarmLinkRecord().
+    alarmLinkSnapShot SS; ///< From the object SS, by ParseAlarmLinkSnapShot().
+    alarmLinkOutput_t PS; ///< From the object PS, by ParseAlarmLinkOutput().
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char SU;
     unsigned char L;
     unsigned char DA;
@@ -55,43 +63,55 @@ struct alarmLinkProcess_t {
     unsigned char BZTY;
     unsigned char BZTI;
     unsigned char ENSP;
-    unsigned char reserved0[12];
+    /// @}
+    unsigned char reserved0[12]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(alarmLinkProcess_t, 68);
 
 // ---------------------------------------------------------------------------
 // Weekly schedule ("AP"): 7 days of 16 periods.
 
+/// One period of a weekly alarm schedule ("AP" -> "I"[day][period]).
 struct alarmPlanPeriod_t {
-    unsigned int S; // start
-    unsigned int E; // end
-    unsigned char reserved0[8];
+    unsigned int S; ///< Start. Read from the key of the same name.
+    unsigned int E; ///< End. Read from the key of the same name.
+    unsigned char reserved0[8]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(alarmPlanPeriod_t, 16);
 
+/// A weekly alarm schedule ("AP"): 7 days of 16 periods, read by ParseAlarmPlan() and embedded
+/// directly behind the linkage in the alarm records.
 struct alarmPlan_t {
-    alarmPlanPeriod_t I[7][16]; // [day][period]
+    alarmPlanPeriod_t I[7][16]; ///< From the array of arrays I, [day][period]: the first 7 x 16 elements are read.
 };
 BSCOMMON_RECORD_SIZE(alarmPlan_t, 1792);
 
-// One snapshot setting; snapshot sections hold 16 of them ("CSP").
+/// One snapshot setting; snapshot sections hold 16 of them ("CSP").
 struct CommonSnapPara_t {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char E;
     unsigned char R;
     unsigned char Q;
-    unsigned char reserved0[3];
+    /// @}
+    unsigned char reserved0[3]; ///< Reserved: no parser writes these bytes.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned short N;
     unsigned int I;
     unsigned int U;
-    unsigned char reserved1[8];
+    /// @}
+    unsigned char reserved1[8]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(CommonSnapPara_t, 24);
 
 // ---------------------------------------------------------------------------
 // Event alarm records.
 
-// "AREA"
+/// Section "AREA" (parameter type 2, #PARA_AREA_ALARM), read by ParseAreaAlarmParamJson().
 struct tag_msgAreaAlarmSetting {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned int MASK;
     unsigned short R;
     unsigned char LSTE;
@@ -100,12 +120,15 @@ struct tag_msgAreaAlarmSetting {
     unsigned char ODT;
     unsigned short LDAI;
     unsigned char LDAC;
-    unsigned char reserved0[3]; // tail, never written
+    /// @}
+    unsigned char reserved0[3]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(tag_msgAreaAlarmSetting, 16);
 
-// "SAP"
+/// Section "SAP" (parameter type 6, #PARA_SPEED_ALARM), read by ParseSpeedAlarmParamJson().
 struct tag_MsgSpeedAlarmSetting {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char AS;
     unsigned char SV;
@@ -116,14 +139,20 @@ struct tag_MsgSpeedAlarmSetting {
     unsigned char NSV;
     char SPN[32];
     char OD[16];
-    alarmLinkProcess_t APR;
-    alarmPlan_t AP;
-    unsigned char reserved0[16];
+    /// @}
+    alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
+    alarmPlan_t AP; ///< From the object AP, by ParseAlarmPlan().
+    unsigned char reserved0[16]; ///< Reserved: no parser writes these bytes.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char NT;
     unsigned char WP;
     unsigned char WNT;
     unsigned char WDT;
-    unsigned char reserved1;
+    /// @}
+    unsigned char reserved1; ///< Reserved: no parser writes these bytes.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char SDT;
     unsigned short ANI;
     unsigned char ANC;
@@ -140,12 +169,15 @@ struct tag_MsgSpeedAlarmSetting {
     unsigned char SPR;
     unsigned char UI;
     unsigned char LSS;
-    unsigned char reserved2[3]; // tail, never written
+    /// @}
+    unsigned char reserved2[3]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgSpeedAlarmSetting, 1960);
 
-// "ARLM"
+/// Section "ARLM" (parameter type 7, #PARA_AREA_LIMIT), read by ParseAreaLimitParamJson().
 struct tag_msgAreaLimitSetting {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     char RGVR[16];
     unsigned char ST;
     unsigned char FV;
@@ -157,48 +189,62 @@ struct tag_msgAreaLimitSetting {
     unsigned char HO;
     unsigned char MI;
     unsigned char SE;
+    /// @}
 };
 BSCOMMON_RECORD_SIZE(tag_msgAreaLimitSetting, 26);
 
-// One alarm input of "IOP".
+/// One alarm input of "IOP".
 struct IOAlarmInput_t {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char AS;
     unsigned char EL;
     unsigned char VT;
-    char N[32]; // input name
-    char S[16];
-    alarmLinkProcess_t APR;
-    alarmPlan_t AP;
-    unsigned char reserved0[16];
+    /// @}
+    char N[32]; ///< Input name. Read from the key of the same name.
+    char S[16]; ///< Read from the key of the same name (see @ref reading).
+    alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
+    alarmPlan_t AP; ///< From the object AP, by ParseAlarmPlan().
+    unsigned char reserved0[16]; ///< Reserved: no parser writes these bytes.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char TM;
     unsigned char UT;
     unsigned char SDT;
-    unsigned char reserved1;
+    /// @}
+    unsigned char reserved1; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(IOAlarmInput_t, 1932);
 
-// "IOP" (the section is an array, one element per input)
+/// (the section is an array, one element per input). Section "IOP" (parameter type 14,
+/// #PARA_IO_ALARM), read by ParseIOAlarmParamJson().
 struct tag_MsgIOAlarmSetting {
-    unsigned char reserved0[8];
-    IOAlarmInput_t IOP[16];
+    unsigned char reserved0[8]; ///< Reserved: no parser writes these bytes.
+    IOAlarmInput_t IOP[16]; ///< The elements of the section, which is an array: the first 16 are read.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgIOAlarmSetting, 30920);
 
-// "UAP"
+/// Section "UAP" (parameter type 33, #PARA_URGENT_ALARM), read by ParseUrgentAlarmParamJson().
 struct tag_MsgUrgentAlarmSetting {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char AS;
     unsigned char T;
     unsigned char VT;
-    unsigned char reserved0[4];
+    /// @}
+    unsigned char reserved0[4]; ///< Reserved: no parser writes these bytes.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     char UN[32];
     char UO[16];
-    alarmLinkProcess_t APR;
-    alarmPlan_t AP;
-    unsigned char reserved1[16];
-    unsigned char SDT;
-    unsigned char reserved2[3]; // tail, never written
+    /// @}
+    alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
+    alarmPlan_t AP; ///< From the object AP, by ParseAlarmPlan().
+    unsigned char reserved1[16]; ///< Reserved: no parser writes these bytes.
+    unsigned char SDT; ///< Read from the key of the same name (see @ref reading).
+    unsigned char reserved2[3]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgUrgentAlarmSetting, 1936);
 
@@ -206,89 +252,121 @@ BSCOMMON_RECORD_SIZE(tag_MsgUrgentAlarmSetting, 1936);
 // Video-analysis alarms: motion detection ("PMDAS"), video signal ("PVSAS")
 // and video loss ("PVLAS"). The three share their head, linkage and schedule.
 
-// One motion-detection setting of "PMD".
+/// One motion-detection setting of "PMD".
 struct MDAlarmEntry_t {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char S;
     unsigned char MAN;
-    unsigned char reserved0[2];
-    unsigned char R[50]; // region bitmap, from 100 hexadecimal digits
+    /// @}
+    unsigned char reserved0[2]; ///< Reserved: no parser writes these bytes.
+    /// Region bitmap from the text of the key of the same name: 100 hexadecimal digits, two a
+    /// byte (see ParseMDRegion()).
+    unsigned char R[50];
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char KS;
     unsigned char SZ;
+    /// @}
 };
 BSCOMMON_RECORD_SIZE(MDAlarmEntry_t, 56);
 
-// "PMDAS"
+/// Section "PMDAS" (parameter type 30, #PARA_MD_ALARM), read by ParseMDAlarmParamJson().
 struct tag_MsgMDAlarmSetting {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char NE;
     unsigned char AS;
     unsigned char VT;
     unsigned char DT;
-    unsigned char reserved0[4];
-    char MN[32]; // name
+    /// @}
+    unsigned char reserved0[4]; ///< Reserved: no parser writes these bytes.
+    char MN[32]; ///< Name. Read from the key of the same name.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     char MO[16];
     unsigned int CH;
-    alarmLinkProcess_t APR;
-    alarmPlan_t AP;
-    unsigned char reserved1[16];
-    MDAlarmEntry_t PMD[16];
-    unsigned char SDT;
-    unsigned char reserved2[3]; // tail, never written
+    /// @}
+    alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
+    alarmPlan_t AP; ///< From the object AP, by ParseAlarmPlan().
+    unsigned char reserved1[16]; ///< Reserved: no parser writes these bytes.
+    MDAlarmEntry_t PMD[16]; ///< From the array PMD: the first 16 elements are read.
+    unsigned char SDT; ///< Read from the key of the same name (see @ref reading).
+    unsigned char reserved2[3]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgMDAlarmSetting, 2836);
 
-// One video-signal setting of "PVS".
+/// One video-signal setting of "PVS".
 struct VSAlarmEntry_t {
-    unsigned char S;
-    unsigned char reserved0[7];
+    unsigned char S; ///< Read from the key of the same name (see @ref reading).
+    unsigned char reserved0[7]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(VSAlarmEntry_t, 8);
 
-// "PVSAS"
+/// Section "PVSAS" (parameter type 31, #PARA_VS_ALARM), read by ParseVSAlarmParamJson().
 struct tag_MsgVSAlarmSetting {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char NE;
     unsigned char AS;
     unsigned char VT;
     unsigned char DT;
     unsigned char AT;
-    unsigned char reserved0[3];
-    char VN[32]; // name
+    /// @}
+    unsigned char reserved0[3]; ///< Reserved: no parser writes these bytes.
+    char VN[32]; ///< Name. Read from the key of the same name.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     char VO[16];
     unsigned int CH;
-    alarmLinkProcess_t APR;
-    alarmPlan_t AP;
-    unsigned char reserved1[16];
-    VSAlarmEntry_t PVS[16];
-    unsigned char SDT;
-    unsigned char reserved2[3]; // tail, never written
+    /// @}
+    alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
+    alarmPlan_t AP; ///< From the object AP, by ParseAlarmPlan().
+    unsigned char reserved1[16]; ///< Reserved: no parser writes these bytes.
+    VSAlarmEntry_t PVS[16]; ///< From the array PVS: the first 16 elements are read.
+    unsigned char SDT; ///< Read from the key of the same name (see @ref reading).
+    unsigned char reserved2[3]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgVSAlarmSetting, 2068);
 
-// "PVLAS"
+/// Section "PVLAS" (parameter type 32, #PARA_VL_ALARM), read by ParseVLAlarmParamJson().
 struct tag_MsgVLAlarmSetting {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char NE;
     unsigned char AS;
     unsigned char VT;
-    unsigned char reserved0[5];
-    char VN[32]; // name
+    /// @}
+    unsigned char reserved0[5]; ///< Reserved: no parser writes these bytes.
+    char VN[32]; ///< Name. Read from the key of the same name.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     char LO[16];
     unsigned int CH;
-    alarmLinkProcess_t APR;
-    alarmPlan_t AP;
-    unsigned char reserved1[16];
-    unsigned char SDT;
-    unsigned char reserved2[3]; // tail, never written
+    /// @}
+    alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
+    alarmPlan_t AP; ///< From the object AP, by ParseAlarmPlan().
+    unsigned char reserved1[16]; ///< Reserved: no parser writes these bytes.
+    unsigned char SDT; ///< Read from the key of the same name (see @ref reading).
+    unsigned char reserved2[3]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgVLAlarmSetting, 1940);
 
 // ---------------------------------------------------------------------------
 // Driving and parking time alarms.
 
-// "FDAS"
+/// Section "FDAS" (parameter type 42, #PARA_FATIGUE_DRIVE_ALARM), read by
+/// ParseFatigueDriveAlarmParamJson().
 struct tag_MsgFatigueDriveAlarmSetting {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char M;
     unsigned char SDT;
-    unsigned char reserved0;
+    /// @}
+    unsigned char reserved0; ///< Reserved: no parser writes these bytes.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned int TT;
     unsigned int RT;
     unsigned int DTT;
@@ -301,54 +379,149 @@ struct tag_MsgFatigueDriveAlarmSetting {
     unsigned char ART;
     unsigned short WI;
     unsigned short AI;
+    /// @}
 };
 BSCOMMON_RECORD_SIZE(tag_MsgFatigueDriveAlarmSetting, 36);
 
-// "TPAS"
+/// Section "TPAS" (parameter type 43, #PARA_TIMEOUT_PARK_ALARM), read by
+/// ParseTimeoutParkAlarmParamJson().
 struct tag_MsgTimeoutParkAlarmSetting {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char SDT;
-    unsigned char reserved0[2];
-    unsigned int AT;
+    /// @}
+    unsigned char reserved0[2]; ///< Reserved: no parser writes these bytes.
+    unsigned int AT; ///< Read from the key of the same name (see @ref reading).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgTimeoutParkAlarmSetting, 8);
 
 // ---------------------------------------------------------------------------
 // Sub-record parsers: each takes the object itself. -1 without writing when it
 // is empty or absent (logged), else 0.
+/// Reads the recording group "AR" of an alarm linkage from the object itself into @p record.
+/// @param object the object (not the whole document)
+/// @param record the sub-record; reserved bytes and unread array elements keep their values
+/// @return 0 when read; -1, with nothing written, when the object is empty or absent (logged at
+///        level 0).
 BSCOMMON_API int ParseAlarmLinkRecord(Json::Value const& object, alarmLinkRecord_t& record);
+/// Reads the snapshot group "SS" of an alarm linkage from the object itself into @p record.
+/// @param object the object (not the whole document)
+/// @param record the sub-record; reserved bytes and unread array elements keep their values
+/// @return 0 when read; -1, with nothing written, when the object is empty or absent (logged at
+///        level 0).
 BSCOMMON_API int ParseAlarmLinkSnapShot(Json::Value const& object, alarmLinkSnapShot& record);
+/// Reads the output group "PS" of an alarm linkage from the object itself into @p record.
+/// @param object the object (not the whole document)
+/// @param record the sub-record; reserved bytes and unread array elements keep their values
+/// @return 0 when read; -1, with nothing written, when the object is empty or absent (logged at
+///        level 0).
 BSCOMMON_API int ParseAlarmLinkOutput(Json::Value const& object, alarmLinkOutput_t& record);
 // -1 for an empty object; otherwise 1 when none of "AR", "SS", "PS" was
 // there to read, else 0.
+/// Reads an alarm linkage object ("APR"), with its groups "AR", "SS" and "PS" from the object itself into @p record.
+/// @param object the object (not the whole document)
+/// @param record the sub-record; reserved bytes and unread array elements keep their values
+/// @return 0 when read; 1 when none of "AR", "SS" and "PS" was there to read (the other keys are
+///        still read); -1, with nothing written, for an empty or absent object (logged at level 0).
 BSCOMMON_API int ParseAlarmLinkProcess(Json::Value const& object, alarmLinkProcess_t& record);
+/// Reads a weekly alarm schedule ("AP"): 7 days of 16 periods from the object itself into @p record.
+/// @param object the object (not the whole document)
+/// @param record the sub-record; reserved bytes and unread array elements keep their values
+/// @return 0 when read; -1, with nothing written, when the object is empty or absent (logged at
+///        level 0).
 BSCOMMON_API int ParseAlarmPlan(Json::Value const& object, alarmPlan_t& record);
+/// Reads one snapshot setting from the object itself into @p record.
+/// @param object the object (not the whole document)
+/// @param record the sub-record; reserved bytes and unread array elements keep their values
+/// @return 0 when read; -1, with nothing written, when the object is empty or absent (logged at
+///        level 0).
 BSCOMMON_API int ParseCommonSnapPara(Json::Value const& object, CommonSnapPara_t& record);
 
-// Reads the first N elements of an array of snapshot objects into `paras`;
-// missing elements keep the caller's bytes. Always 0. The library provides N = 16.
+/// @{
+/// Reads the first N elements of an array of snapshot objects into @p paras, each with
+/// ParseCommonSnapPara(); missing elements, and all of them when @p list is not an array, keep
+/// the caller's bytes. The library provides N = 16.
+/// @param list  the JSON array of snapshot objects
+/// @param paras the N snapshot settings
+/// @return 0 always.
 template <int N> BSCOMMON_API int ParseNCommonSnapPara(Json::Value const& list, CommonSnapPara_t (&paras)[N]);
 extern template int ParseNCommonSnapPara<16>(Json::Value const& list, CommonSnapPara_t (&paras)[16]);
+/// @}
 
 // Section parsers: they take the whole parameter document. -1 without writing
 // when the section is empty or absent, else 0.
+/// Reads section "AREA" of @p doc into @p record (parameter type 2, #PARA_AREA_ALARM).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseAreaAlarmParamJson(Json::Value const& doc, tag_msgAreaAlarmSetting& record);
+/// Reads section "SAP" of @p doc into @p record (parameter type 6, #PARA_SPEED_ALARM).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseSpeedAlarmParamJson(Json::Value const& doc, tag_MsgSpeedAlarmSetting& record);
+/// Reads section "ARLM" of @p doc into @p record (parameter type 7, #PARA_AREA_LIMIT).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseAreaLimitParamJson(Json::Value const& doc, tag_msgAreaLimitSetting& record);
+/// Reads section "IOP" of @p doc into @p record (parameter type 14, #PARA_IO_ALARM).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseIOAlarmParamJson(Json::Value const& doc, tag_MsgIOAlarmSetting& record);
+/// Reads section "UAP" of @p doc into @p record (parameter type 33, #PARA_URGENT_ALARM).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseUrgentAlarmParamJson(Json::Value const& doc, tag_MsgUrgentAlarmSetting& record);
+/// Reads section "PMDAS" of @p doc into @p record (parameter type 30, #PARA_MD_ALARM).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseMDAlarmParamJson(Json::Value const& doc, tag_MsgMDAlarmSetting& record);
+/// Reads section "PVSAS" of @p doc into @p record (parameter type 31, #PARA_VS_ALARM).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseVSAlarmParamJson(Json::Value const& doc, tag_MsgVSAlarmSetting& record);
+/// Reads section "PVLAS" of @p doc into @p record (parameter type 32, #PARA_VL_ALARM).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseVLAlarmParamJson(Json::Value const& doc, tag_MsgVLAlarmSetting& record);
+/// Reads section "FDAS" of @p doc into @p record (parameter type 42, #PARA_FATIGUE_DRIVE_ALARM).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseFatigueDriveAlarmParamJson(Json::Value const& doc, tag_MsgFatigueDriveAlarmSetting& record);
+/// Reads section "TPAS" of @p doc into @p record (parameter type 43, #PARA_TIMEOUT_PARK_ALARM).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseTimeoutParkAlarmParamJson(Json::Value const& doc, tag_MsgTimeoutParkAlarmSetting& record);
 
-// Packs hexadecimal text into bytes, two digits a byte: out[i] takes the
-// digits at 2i (high nibble) and 2i + 1 (low nibble) while 2i < textLength - 1
-// and i < outLength. Nothing is validated: either case of a letter gives its
-// digit, and any other character gives the low 4 bits of the same arithmetic
-// (a NUL gives 0). An odd textLength drops the last character. Null pointers,
-// and lengths that leave no pair or no byte, write nothing. Always 1.
+/// Packs hexadecimal text into bytes, two digits a byte: out[i] takes the
+/// digits at 2i (high nibble) and 2i + 1 (low nibble) while 2i < textLength - 1
+/// and i < outLength. Nothing is validated: either case of a letter gives its
+/// digit, and any other character gives the low 4 bits of the same arithmetic
+/// (a NUL gives 0). An odd textLength drops the last character.
+/// @param text       the hexadecimal text (only read)
+/// @param textLength the number of characters of @p text to use
+/// @param out        receives min(@p textLength / 2, @p outLength) bytes
+/// @param outLength  the size of @p out
+/// @return 1 always; null pointers, and lengths that leave no pair or no byte, write nothing.
 BSCOMMON_API int ParseMDRegion(char const* text, int textLength, char* out, int outLength);
 
 #endif

@@ -1,5 +1,6 @@
-// Vehicle-sensor and driving-behaviour alarm parameter records (thresholds, green driving, motion, stance, tyre pressure, temperature, fuel, vehicle-fault and DSM alarms) and their parsers. Offsets and sizes are those of the 32-bit ARM recorder and are checked
-// at compile time.
+/// @file
+/// Vehicle-sensor and driving-behaviour alarm parameter records (thresholds, green driving, motion, stance, tyre pressure, temperature, fuel, vehicle-fault and DSM alarms) and their parsers. Offsets and sizes are those of the 32-bit ARM recorder and are checked
+/// at compile time.
 #ifndef PARA_SENSOR_RECORDS_H
 #define PARA_SENSOR_RECORDS_H
 
@@ -12,7 +13,10 @@
 // Driving-behaviour thresholds ("PGDS" "ATH1" and "ATH2"). Key families end in
 // L, M, H (low, medium, high level), in T, S, R, or in a level number.
 
+/// The first driving-behaviour threshold object, read by ParseGDSAlarmThresh1().
 struct paramAlarmThresh1_t {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     short SUXAL;
     short SUXAM;
     short SUXAH;
@@ -39,17 +43,24 @@ struct paramAlarmThresh1_t {
     short ITH;
     short PLGT;
     short PLGR;
+    /// @}
 };
 BSCOMMON_RECORD_SIZE(paramAlarmThresh1_t, 52);
 
+/// The second driving-behaviour threshold object, read by ParseGDSAlarmThresh2().
 struct paramAlarmThresh2_t {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     short EFT;
     short EFS;
     short EFR;
     short NGT;
     short NGS;
     short NGR;
-    short CTHR; // the CTH and CTL triples lie R, S, T in memory
+    /// @}
+    short CTHR; ///< The CTH and CTL triples lie R, S, T in memory. Read from the key of the same name.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     short CTHS;
     short CTHT;
     short CTLR;
@@ -141,205 +152,256 @@ struct paramAlarmThresh2_t {
     char ITL2;
     char ITL3;
     char ITL4;
-    unsigned char reserved0[1]; // tail, never written
+    /// @}
+    unsigned char reserved0[1]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(paramAlarmThresh2_t, 150);
 
-// "PGDS": green driving. Groups "PSS", "PCS", "PTS", "PLDS", "PFS" and "PGS"
-// flatten into the record.
+/// Green driving. Groups "PSS", "PCS", "PTS", "PLDS", "PFS" and "PGS" flatten into the record.
+/// Section "PGDS" (parameter type 25, #PARA_GREEN_DRIVER), read by ParseGreenDriverParamJson().
 struct tag_MsgGreenDriverSet {
-    unsigned char CM; // "PSS"
-    unsigned char S;
-    unsigned char POS;
-    unsigned char reserved0[29];
-    unsigned char AN; // "PCS"
-    unsigned char UL;
-    unsigned char reserved1[32];
-    unsigned char T; // "PTS"
-    unsigned char U;
-    unsigned char reserved2[32];
-    unsigned short VW; // "PLDS"
-    unsigned short CH;
-    short CD;
-    unsigned short LS;
-    unsigned short CS;
-    unsigned short FD;
-    short CA;
-    unsigned char NP;
-    unsigned char reserved3[1];
-    unsigned char SL;
-    unsigned char SR;
-    unsigned char SB;
-    unsigned char LDS;
-    unsigned char CSS;
-    unsigned char reserved4[29];
-    unsigned short FV; // "PFS"
-    unsigned short DPT;
-    unsigned short FI;
-    unsigned char FAH[8];
-    unsigned short FM[8];
-    unsigned char RM;
-    unsigned char reserved5[3];
-    float M; // "PGS"
-    float F;
-    float MC;
-    float FC;
-    unsigned char WM;
-    unsigned char reserved6[11];
+    unsigned char CM; ///< From PSS.CM. "PSS".
+    unsigned char S; ///< From PSS.S.
+    unsigned char POS; ///< From PSS.POS.
+    unsigned char reserved0[29]; ///< Reserved: no parser writes these bytes.
+    unsigned char AN; ///< From PCS.AN. "PCS".
+    unsigned char UL; ///< From PCS.UL.
+    unsigned char reserved1[32]; ///< Reserved: no parser writes these bytes.
+    unsigned char T; ///< From PTS.T. "PTS".
+    unsigned char U; ///< From PTS.U.
+    unsigned char reserved2[32]; ///< Reserved: no parser writes these bytes.
+    unsigned short VW; ///< From PLDS.VW. "PLDS".
+    unsigned short CH; ///< From PLDS.CH.
+    short CD; ///< From PLDS.CD.
+    unsigned short LS; ///< From PLDS.LS.
+    unsigned short CS; ///< From PLDS.CS.
+    unsigned short FD; ///< From PLDS.FD.
+    short CA; ///< From PLDS.CA.
+    unsigned char NP; ///< From PLDS.NP.
+    unsigned char reserved3[1]; ///< Reserved: no parser writes these bytes.
+    unsigned char SL; ///< From PLDS.SL.
+    unsigned char SR; ///< From PLDS.SR.
+    unsigned char SB; ///< From PLDS.SB.
+    unsigned char LDS; ///< From PLDS.LDS.
+    unsigned char CSS; ///< From PLDS.CSS.
+    unsigned char reserved4[29]; ///< Reserved: no parser writes these bytes.
+    unsigned short FV; ///< From PFS.FV. "PFS".
+    unsigned short DPT; ///< From PFS.DPT.
+    unsigned short FI; ///< From PFS.FI.
+    unsigned char FAH[8]; ///< From PFS.FAH.
+    unsigned short FM[8]; ///< From PFS.FM.
+    unsigned char RM; ///< From PFS.RM.
+    unsigned char reserved5[3]; ///< Reserved: no parser writes these bytes.
+    float M; ///< From PGS.M. "PGS".
+    float F; ///< From PGS.F.
+    float MC; ///< From PGS.MC.
+    float FC; ///< From PGS.FC.
+    unsigned char WM; ///< From PGS.WM.
+    unsigned char reserved6[11]; ///< Reserved: no parser writes these bytes.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned int ATE;
     unsigned short SUI;
-    paramAlarmThresh1_t ATH1;
-    unsigned char reserved7[2];
+    /// @}
+    paramAlarmThresh1_t ATH1; ///< From the object ATH1, by ParseGDSAlarmThresh1().
+    unsigned char reserved7[2]; ///< Reserved: no parser writes these bytes.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned int FUI;
     unsigned char FUE;
-    unsigned char reserved8[3];
-    paramAlarmThresh2_t ATH2;
-    unsigned char reserved9[2]; // tail, never written
+    /// @}
+    unsigned char reserved8[3]; ///< Reserved: no parser writes these bytes.
+    paramAlarmThresh2_t ATH2; ///< From the object ATH2, by ParseGDSAlarmThresh2().
+    unsigned char reserved9[2]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgGreenDriverSet, 432);
 
 // ---------------------------------------------------------------------------
 // Motion-sensor alarms: three leading bytes, two texts, the linkage at 56.
 
-// "ACC"
+/// Section "ACC" (parameter type 29, #PARA_ACCEL_ALARM), read by ParseAccelAlarmParamJson().
 struct tag_msgAccelAlarmSetting {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char AS;
     unsigned char VT;
-    unsigned char reserved0[5];
+    /// @}
+    unsigned char reserved0[5]; ///< Reserved: no parser writes these bytes.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     char AN[32];
     char AO[16];
-    alarmLinkProcess_t APR;
-    unsigned short TX; // "ACP": calibration in tenths, given as decimal text
-    unsigned short TY;
-    unsigned short TZ;
-    unsigned short SX;
-    unsigned short SY;
-    unsigned short SZ;
-    unsigned char ADJACC;
-    unsigned char reserved1[11];
-    unsigned char SDT;
-    unsigned char reserved2[3]; // tail, never written
+    /// @}
+    alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
+    unsigned short TX; ///< From the decimal text ACP.TX, in tenths ("6553.5" stores 65535).
+    unsigned short TY; ///< From the decimal text ACP.TY, in tenths.
+    unsigned short TZ; ///< From the decimal text ACP.TZ, in tenths.
+    unsigned short SX; ///< From ACP.SX.
+    unsigned short SY; ///< From ACP.SY.
+    unsigned short SZ; ///< From ACP.SZ.
+    unsigned char ADJACC; ///< From ACP.ADJACC.
+    unsigned char reserved1[11]; ///< Reserved: no parser writes these bytes.
+    unsigned char SDT; ///< Read from the key of the same name (see @ref reading).
+    unsigned char reserved2[3]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(tag_msgAccelAlarmSetting, 152);
 
-// "PCAS"
+/// Section "PCAS" (parameter type 37, #PARA_COLLIDE_ALARM), read by ParseCollideAlarmParamJson().
 struct tag_MsgCollideAlarmSetting {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char AS;
     unsigned char VT;
     unsigned char SDT;
-    unsigned char reserved0[4];
+    /// @}
+    unsigned char reserved0[4]; ///< Reserved: no parser writes these bytes.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     char CN[32];
     char CO[16];
-    alarmLinkProcess_t APR;
+    /// @}
+    alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char STS;
     unsigned char TTS;
-    unsigned char reserved1[2]; // tail, never written
+    /// @}
+    unsigned char reserved1[2]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgCollideAlarmSetting, 128);
 
-// "PHAS"
+/// Section "PHAS" (parameter type 38, #PARA_HIT_ALARM), read by ParseHitAlarmParamJson().
 struct tag_MsgHitAlarmSetting {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char AS;
     unsigned char VT;
     unsigned char SDT;
-    unsigned char reserved0[4];
+    /// @}
+    unsigned char reserved0[4]; ///< Reserved: no parser writes these bytes.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     char HN[32];
     char HO[16];
-    alarmLinkProcess_t APR;
-    unsigned short HA;
-    unsigned char reserved1[2]; // tail, never written
+    /// @}
+    alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
+    unsigned short HA; ///< Read from the key of the same name (see @ref reading).
+    unsigned char reserved1[2]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgHitAlarmSetting, 128);
 
-// One element of "PVTSAS".
+/// One element of "PVTSAS".
 struct VehicleStanceAlarm_t {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char NE;
     unsigned char AS;
     unsigned char VT;
-    unsigned char reserved0[1];
+    /// @}
+    unsigned char reserved0[1]; ///< Reserved: no parser writes these bytes.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char STEN;
     unsigned char TS;
     unsigned char IOTEN;
     unsigned char TIO;
     char AN[32];
     char AO[16];
-    alarmLinkProcess_t APR;
-    unsigned char SDT;
-    unsigned char reserved1[3];
+    /// @}
+    alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
+    unsigned char SDT; ///< Read from the key of the same name (see @ref reading).
+    unsigned char reserved1[3]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(VehicleStanceAlarm_t, 128);
 
-// "PVTSAS" (the section is an array, one element per entry)
+/// (the section is an array, one element per entry). Section "PVTSAS" (parameter type 39,
+/// #PARA_VEHICLE_STANCE_ALARM), read by ParseVehicleStanceAlarmParamJson().
 struct tag_MsgVehicleStanceAlarm {
-    unsigned char reserved0[8];
-    VehicleStanceAlarm_t PVTSAS[12];
+    unsigned char reserved0[8]; ///< Reserved: no parser writes these bytes.
+    VehicleStanceAlarm_t PVTSAS[12]; ///< The elements of the section, which is an array: the first 12 are read.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgVehicleStanceAlarm, 1544);
 
 // ---------------------------------------------------------------------------
 // Tyre pressure ("TPP").
 
-// One element of "TSP".
+/// One element of "TSP".
 struct WTPMSTsp_t {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char RI[3];
     unsigned char HT;
     unsigned short LP;
     unsigned short HP;
+    /// @}
 };
 BSCOMMON_RECORD_SIZE(WTPMSTsp_t, 8);
 
-// One element of "TRP".
+/// One element of "TRP".
 struct WTPMSTrp_t {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char RI[3];
     unsigned char RP;
     unsigned char EN;
-    unsigned char reserved0[3];
+    /// @}
+    unsigned char reserved0[3]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(WTPMSTrp_t, 8);
 
-// One element of "TTR".
+/// One element of "TTR".
 struct WTPMSTtr_t {
-    char N[15]; // fixed width, not necessarily terminated
-    unsigned char P;
+    char N[15]; ///< Fixed width, not necessarily terminated. Read from the key of the same name.
+    unsigned char P; ///< Read from the key of the same name (see @ref reading).
 };
 BSCOMMON_RECORD_SIZE(WTPMSTtr_t, 16);
 
+/// Section "TPP" (parameter type 40, #PARA_TIRE_PRESSURE), read by ParseTirePressureParamJson().
 struct tag_msgWTPMSProperty {
-    WTPMSTsp_t TSP[36];
-    unsigned char T; // "TTP"
-    unsigned char ST1;
-    unsigned char ST2;
-    unsigned char ST3;
-    unsigned char AL;
-    unsigned char reserved0[3];
-    WTPMSTrp_t TRP[3];
-    WTPMSTtr_t TTR[36];
+    WTPMSTsp_t TSP[36]; ///< From the array TSP: the first 36 elements are read.
+    unsigned char T; ///< From TTP.T. "TTP".
+    unsigned char ST1; ///< From TTP.ST1.
+    unsigned char ST2; ///< From TTP.ST2.
+    unsigned char ST3; ///< From TTP.ST3.
+    unsigned char AL; ///< From TTP.AL.
+    unsigned char reserved0[3]; ///< Reserved: no parser writes these bytes.
+    WTPMSTrp_t TRP[3]; ///< From the array TRP: the first 3 elements are read.
+    WTPMSTtr_t TTR[36]; ///< From the array TTR: the first 36 elements are read.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char TVC;
     unsigned char UN;
     unsigned char IBL;
     unsigned char SL;
+    /// @}
 };
 BSCOMMON_RECORD_SIZE(tag_msgWTPMSProperty, 900);
 
 // ---------------------------------------------------------------------------
 // Temperature, fuel, vehicle-fault and DSM alarms.
 
-// "VTFS": two triples, T and V.
+/// Two triples, T and V. Section "VTFS" (parameter type 26, #PARA_VT_FAULT), read by
+/// ParseVTFaultParamJson().
 struct tag_msgVTFaultInfoSetting {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     short TP;
     short TV;
     unsigned int TAT;
     short VP;
     short VV;
     unsigned int VAT;
+    /// @}
 };
 BSCOMMON_RECORD_SIZE(tag_msgVTFaultInfoSetting, 16);
 
-// One element of "STMPA".
+/// One element of "STMPA".
 struct StdTempAlarm_t {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char AS;
     unsigned char VT;
@@ -347,22 +409,30 @@ struct StdTempAlarm_t {
     unsigned int UIT;
     char SNM[32];
     char SOD[16];
-    alarmLinkProcess_t APR;
+    /// @}
+    alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char HTTD;
     unsigned char IWT;
     unsigned char IWD;
-    unsigned char reserved0[29];
+    /// @}
+    unsigned char reserved0[29]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(StdTempAlarm_t, 156);
 
-// "STMPA" (the section is an array, one element per sensor)
+/// (the section is an array, one element per sensor). Section "STMPA" (parameter type 41,
+/// #PARA_STD_TEMP_ALARM), read by ParseStdTempAlarmParamJson().
 struct tag_msgStdTempAlarmSetting {
-    StdTempAlarm_t STMPA[5];
+    StdTempAlarm_t STMPA[5]; ///< The elements of the section, which is an array: the first 5 are read.
 };
 BSCOMMON_RECORD_SIZE(tag_msgStdTempAlarmSetting, 780);
 
-// "FAS": no alarm linkage.
+/// No alarm linkage. Section "FAS" (parameter type 45, #PARA_FUEL_ALARM), read by
+/// ParseFuelAlarmParamJson().
 struct tag_msgFuelAlarmSetting {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char AS;
     unsigned short TS;
@@ -375,47 +445,111 @@ struct tag_msgFuelAlarmSetting {
     unsigned short EH;
     unsigned short CF;
     unsigned char SDT;
-    unsigned char reserved0[1];
-    unsigned int BA;
+    /// @}
+    unsigned char reserved0[1]; ///< Reserved: no parser writes these bytes.
+    unsigned int BA; ///< Read from the key of the same name (see @ref reading).
 };
 BSCOMMON_RECORD_SIZE(tag_msgFuelAlarmSetting, 68);
 
-// One element of "DSM" "DSMA".
+/// One element of "DSM" "DSMA".
 struct StdDSMAlarm_t {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char AS;
-    unsigned char reserved0[4];
-    unsigned char SDT;
-    unsigned char reserved1[5];
-    alarmLinkProcess_t APR;
+    /// @}
+    unsigned char reserved0[4]; ///< Reserved: no parser writes these bytes.
+    unsigned char SDT; ///< Read from the key of the same name (see @ref reading).
+    unsigned char reserved1[5]; ///< Reserved: no parser writes these bytes.
+    alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
 };
 BSCOMMON_RECORD_SIZE(StdDSMAlarm_t, 80);
 
-// "DSM"
+/// Section "DSM" (parameter type 51, #PARA_STD_DSM_ALARM), read by ParseStdDsmAlarmParamJson().
 struct tag_msgStdDSMAlarmSetting {
-    unsigned char SST;
-    unsigned char reserved0[3];
-    StdDSMAlarm_t DSMA[12];
+    unsigned char SST; ///< Read from the key of the same name (see @ref reading).
+    unsigned char reserved0[3]; ///< Reserved: no parser writes these bytes.
+    StdDSMAlarm_t DSMA[12]; ///< From the array DSMA: the first 12 elements are read.
 };
 BSCOMMON_RECORD_SIZE(tag_msgStdDSMAlarmSetting, 964);
 
 // ---------------------------------------------------------------------------
 // Threshold parsers: each takes the threshold object itself. -1 without
 // writing when it is empty or absent (logged), else 0.
+/// Reads the first driving-behaviour threshold object from the object itself into @p record.
+/// @param object the object (not the whole document)
+/// @param record the sub-record; reserved bytes and unread array elements keep their values
+/// @return 0 when read; -1, with nothing written, when the object is empty or absent (logged at
+///        level 0).
 BSCOMMON_API int ParseGDSAlarmThresh1(Json::Value const& object, paramAlarmThresh1_t& record);
+/// Reads the second driving-behaviour threshold object from the object itself into @p record.
+/// @param object the object (not the whole document)
+/// @param record the sub-record; reserved bytes and unread array elements keep their values
+/// @return 0 when read; -1, with nothing written, when the object is empty or absent (logged at
+///        level 0).
 BSCOMMON_API int ParseGDSAlarmThresh2(Json::Value const& object, paramAlarmThresh2_t& record);
 
 // Section parsers: they take the whole parameter document. -1 without writing
 // when the section is empty or absent (silently), else 0.
+/// Reads section "PGDS" of @p doc into @p record (parameter type 25, #PARA_GREEN_DRIVER).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseGreenDriverParamJson(Json::Value const& doc, tag_MsgGreenDriverSet& record);
+/// Reads section "ACC" of @p doc into @p record (parameter type 29, #PARA_ACCEL_ALARM).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseAccelAlarmParamJson(Json::Value const& doc, tag_msgAccelAlarmSetting& record);
+/// Reads section "PCAS" of @p doc into @p record (parameter type 37, #PARA_COLLIDE_ALARM).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseCollideAlarmParamJson(Json::Value const& doc, tag_MsgCollideAlarmSetting& record);
+/// Reads section "PHAS" of @p doc into @p record (parameter type 38, #PARA_HIT_ALARM).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseHitAlarmParamJson(Json::Value const& doc, tag_MsgHitAlarmSetting& record);
+/// Reads section "PVTSAS" of @p doc into @p record (parameter type 39, #PARA_VEHICLE_STANCE_ALARM).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseVehicleStanceAlarmParamJson(Json::Value const& doc, tag_MsgVehicleStanceAlarm& record);
+/// Reads section "TPP" of @p doc into @p record (parameter type 40, #PARA_TIRE_PRESSURE).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseTirePressureParamJson(Json::Value const& doc, tag_msgWTPMSProperty& record);
+/// Reads section "STMPA" of @p doc into @p record (parameter type 41, #PARA_STD_TEMP_ALARM).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseStdTempAlarmParamJson(Json::Value const& doc, tag_msgStdTempAlarmSetting& record);
+/// Reads section "VTFS" of @p doc into @p record (parameter type 26, #PARA_VT_FAULT).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseVTFaultParamJson(Json::Value const& doc, tag_msgVTFaultInfoSetting& record);
+/// Reads section "FAS" of @p doc into @p record (parameter type 45, #PARA_FUEL_ALARM).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseFuelAlarmParamJson(Json::Value const& doc, tag_msgFuelAlarmSetting& record);
+/// Reads section "DSM" of @p doc into @p record (parameter type 51, #PARA_STD_DSM_ALARM).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseStdDsmAlarmParamJson(Json::Value const& doc, tag_msgStdDSMAlarmSetting& record);
 
 #endif

@@ -1,6 +1,7 @@
-// Video, recording and snapshot parameter records and their parsers. Offsets
-// and sizes are those of the 32-bit ARM recorder and are checked at compile
-// time.
+/// @file
+/// Video, recording and snapshot parameter records and their parsers. Offsets
+/// and sizes are those of the 32-bit ARM recorder and are checked at compile
+/// time.
 #ifndef PARA_VIDEO_RECORDS_H
 #define PARA_VIDEO_RECORDS_H
 
@@ -9,8 +10,10 @@
 
 #include <json/value.h>
 
-// Main-stream encoding of one video channel ("MAIN"[i]).
+/// Main-stream encoding of one video channel ("MAIN"[i]).
 struct tag_MsgVideoEncodeChannel {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned int BR;
     unsigned char VEN;
     unsigned char FT;
@@ -27,39 +30,48 @@ struct tag_MsgVideoEncodeChannel {
     unsigned char AST;
     unsigned char EPV;
     unsigned char ECT;
-    unsigned char reserved0[4];
+    /// @}
+    unsigned char reserved0[4]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgVideoEncodeChannel, 24);
 
-// "MAIN": an array with one object per channel. The parser never writes the
-// first 8 bytes.
+/// An array with one object per channel. The parser never writes the first 8 bytes. Section "MAIN"
+/// (parameter type 10, #PARA_MAIN_STREAM), read by ParseMainStreamParamJson().
 struct tag_MsgVideoEncodeSetting {
-    unsigned char reserved0[8];
-    tag_MsgVideoEncodeChannel MAIN[16];
+    unsigned char reserved0[8]; ///< Reserved: no parser writes these bytes.
+    tag_MsgVideoEncodeChannel MAIN[16]; ///< The elements of the section, which is an array: the first 16 are read.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgVideoEncodeSetting, 392);
 
-// "AR": assist (secondary) recording; "VEC" holds one main-stream style
-// encoding entry per channel.
+/// Assist (secondary) recording; "VEC" holds one main-stream style encoding entry per channel.
+/// Section "AR" (parameter type 11, #PARA_ASSIST_RECORD), read by ParseAssistRecordParamJson().
 struct tag_MsgAssistRecordSetting {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char HID;
     unsigned char RM;
     unsigned char CM;
     unsigned int MC;
     unsigned int MAC;
-    tag_MsgVideoEncodeChannel VEC[16];
+    /// @}
+    tag_MsgVideoEncodeChannel VEC[16]; ///< From the array VEC: the first 16 elements are read.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned int SSC;
     unsigned int DC;
     unsigned int HDAE;
     unsigned char ALH;
-    unsigned char reserved0[3]; // tail padding to the 4-byte alignment
+    /// @}
+    unsigned char reserved0[3]; ///< Reserved: no parser writes these bytes (tail padding to the 4-byte alignment).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgAssistRecordSetting, 412);
 
-// Network (sub-stream) encoding of one channel ("NEC"[i]). Shorter than the
-// main-stream entry, and RST, AEN, BRM and ECT sit elsewhere.
+/// Network (sub-stream) encoding of one channel ("NEC"[i]). Shorter than the main-stream entry, and
+/// RST, AEN, BRM and ECT sit elsewhere.
 struct tag_MsgNetEncodeChannel {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned int BR;
     unsigned char VEN;
     unsigned char FT;
@@ -70,23 +82,30 @@ struct tag_MsgNetEncodeChannel {
     unsigned char BRM;
     unsigned char ECT;
     unsigned short KFI;
-    unsigned char reserved0[6];
+    /// @}
+    unsigned char reserved0[6]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgNetEncodeChannel, 20);
 
-// "SUBSTRNET": network transfer, a total bandwidth and 16 channels.
+/// Network transfer, a total bandwidth and 16 channels. Section "SUBSTRNET" (parameter type 12,
+/// #PARA_NET_TRANSFER), read by ParseNetTransferParamJson().
 struct tag_MsgNetTransferSetting {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned int TOTALBW;
     unsigned char SM;
     unsigned char SAE;
     unsigned char RLE;
-    unsigned char reserved0[9];
-    tag_MsgNetEncodeChannel NEC[16];
+    /// @}
+    unsigned char reserved0[9]; ///< Reserved: no parser writes these bytes.
+    tag_MsgNetEncodeChannel NEC[16]; ///< From the array NEC: the first 16 elements are read.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgNetTransferSetting, 336);
 
-// One free text overlay of an encoded channel ("COSD"[k]).
+/// One free text overlay of an encoded channel ("COSD"[k]).
 struct tag_MsgEncodeOsdItem {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char ID;
     unsigned short X;
@@ -95,13 +114,16 @@ struct tag_MsgEncodeOsdItem {
     unsigned char L;
     char T[32];
     unsigned char TP;
-    unsigned char reserved0[7];
+    /// @}
+    unsigned char reserved0[7]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgEncodeOsdItem, 48);
 
-// Overlays burnt into one channel's encoded video ("EOSD"[i]): each fixed item
-// has an enable flag (xE) and a position (xX, xY).
+/// Overlays burnt into one channel's encoded video ("EOSD"[i]): each fixed item has an enable flag
+/// (xE) and a position (xX, xY).
 struct tag_MsgEncodeOsdChannel {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char TE;
     unsigned char SE;
     unsigned char GE;
@@ -114,7 +136,10 @@ struct tag_MsgEncodeOsdChannel {
     unsigned short GY;
     unsigned short VX;
     unsigned short VY;
-    tag_MsgEncodeOsdItem COSD[4];
+    /// @}
+    tag_MsgEncodeOsdItem COSD[4]; ///< From the array COSD: the first 4 elements are read.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char NE;
     unsigned char DE;
     unsigned short NX;
@@ -123,28 +148,34 @@ struct tag_MsgEncodeOsdChannel {
     unsigned short DY;
     unsigned char DTE;
     unsigned char WME;
-    unsigned char reserved0[8];
+    /// @}
+    unsigned char reserved0[8]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgEncodeOsdChannel, 232);
 
-// "EOSD": an array with one object per channel. The parser never writes the
-// first 8 bytes.
+/// An array with one object per channel. The parser never writes the first 8 bytes. Section "EOSD"
+/// (parameter type 15, #PARA_ENCODE_OSD), read by ParseEncodeOSDParamJson().
 struct tag_MsgEncodeOsdSetting {
-    unsigned char reserved0[8];
-    tag_MsgEncodeOsdChannel EOSD[16];
+    unsigned char reserved0[8]; ///< Reserved: no parser writes these bytes.
+    tag_MsgEncodeOsdChannel EOSD[16]; ///< The elements of the section, which is an array: the first 16 are read.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgEncodeOsdSetting, 3720);
 
-// A position on the display ("OP"[m]).
+/// A position on the display ("OP"[m]).
 struct tag_MsgViewOsdPosition {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned short X;
     unsigned short Y;
+    /// @}
 };
 BSCOMMON_RECORD_SIZE(tag_MsgViewOsdPosition, 4);
 
-// "DOSD": display overlays. The flags run TE, SE, VE, GE here, unlike the
-// encoded overlays' TE, SE, GE, VE.
+/// Display overlays. The flags run TE, SE, VE, GE here, unlike the encoded overlays' TE, SE, GE,
+/// VE. Section "DOSD" (parameter type 50, #PARA_VIEW_OSD), read by ParseViewOsdParamJson().
 struct tag_MsgViewOsdSetting {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char TE;
     unsigned char SE;
     unsigned char VE;
@@ -152,105 +183,173 @@ struct tag_MsgViewOsdSetting {
     unsigned char AE;
     unsigned char NE;
     unsigned char DE;
-    char CHN[32][16]; // channel names
+    /// @}
+    char CHN[32][16]; ///< Channel names. Read from the key of the same name.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char ACCE;
     unsigned char SOEM;
     unsigned char COE1;
     unsigned char COE2;
     unsigned char REN;
-    tag_MsgViewOsdPosition OP[12];
+    /// @}
+    tag_MsgViewOsdPosition OP[12]; ///< From the array OP: the first 12 elements are read.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgViewOsdSetting, 572);
 
-// One recording period of a day ("RSI"[d][p]).
+/// One recording period of a day ("RSI"[d][p]).
 struct tag_MsgRecordPeriod {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned int S;
     unsigned int E;
     unsigned char T;
-    unsigned char reserved0[7];
+    /// @}
+    unsigned char reserved0[7]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgRecordPeriod, 16);
 
-// Recording of one channel ("RCP"[i]): a weekly table of 7 days x 16 periods.
+/// Recording of one channel ("RCP"[i]): a weekly table of 7 days x 16 periods.
 struct tag_MsgRecordChannel {
-    tag_MsgRecordPeriod RSI[7][16];
-    unsigned char RM;
-    unsigned char reserved0[1];
-    unsigned short RP;
-    unsigned char reserved1[8];
+    tag_MsgRecordPeriod RSI[7][16]; ///< From the array RSI: the first 7 x 16 elements are read.
+    unsigned char RM; ///< Read from the key of the same name (see @ref reading).
+    unsigned char reserved0[1]; ///< Reserved: no parser writes these bytes.
+    unsigned short RP; ///< Read from the key of the same name (see @ref reading).
+    unsigned char reserved1[8]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgRecordChannel, 1804);
 
-// One entry of the "MP" list.
+/// One entry of the "MP" list.
 struct tag_MsgRecordMPEntry {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char OLD;
     unsigned char OT;
     unsigned char OVD;
-    unsigned char reserved0[5];
+    /// @}
+    unsigned char reserved0[5]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgRecordMPEntry, 8);
 
-// "RP": recording of 16 channels.
+/// Recording of 16 channels. Section "RP" (parameter type 16, #PARA_RECORD), read by
+/// ParseRecordParamJson().
 struct tag_MsgRecordSetting {
-    tag_MsgRecordChannel RCP[16];
-    tag_MsgRecordMPEntry MP[4];
+    tag_MsgRecordChannel RCP[16]; ///< From the array RCP: the first 16 elements are read.
+    tag_MsgRecordMPEntry MP[4]; ///< From the array MP: the first 4 elements are read.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned int PRS;
     unsigned char PRE;
-    unsigned char reserved0[1];
+    /// @}
+    unsigned char reserved0[1]; ///< Reserved: no parser writes these bytes.
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned short AUPRT;
     unsigned short AUPOT;
-    unsigned char reserved1[2]; // tail padding to the 4-byte alignment
+    /// @}
+    unsigned char reserved1[2]; ///< Reserved: no parser writes these bytes (tail padding to the 4-byte alignment).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgRecordSetting, 28908);
 
-// One timed snapshot period ("TSP"[k]): start and end time of day, interval
-// and the snapshot set of each channel.
+/// One timed snapshot period ("TSP"[k]): start and end time of day, interval and the snapshot set
+/// of each channel.
 struct paramSnapTimedPeriod_t {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char SH;
     unsigned char SM;
     unsigned char SS;
     unsigned char EH;
     unsigned char EM;
     unsigned char ES;
-    unsigned char reserved0[2];
-    unsigned short I;
-    unsigned char reserved1[6];
-    CommonSnapPara_t CSP[16];
+    /// @}
+    unsigned char reserved0[2]; ///< Reserved: no parser writes these bytes.
+    unsigned short I; ///< Read from the key of the same name (see @ref reading).
+    unsigned char reserved1[6]; ///< Reserved: no parser writes these bytes.
+    CommonSnapPara_t CSP[16]; ///< From the array CSP: the first 16 elements are read, by ParseCommonSnapPara().
 };
 BSCOMMON_RECORD_SIZE(paramSnapTimedPeriod_t, 400);
 
-// "PSNAP": manual ("MSP"), timed ("TSP") and interval ("ASP") snapshots.
+/// Manual ("MSP"), timed ("TSP") and interval ("ASP") snapshots. Section "PSNAP" (parameter type
+/// 34, #PARA_SNAP), read by ParseSnapParamJson().
 struct paramSnapSetting_t {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned char NE;
     unsigned char ITN;
-    unsigned char reserved0[30];
-    CommonSnapPara_t MSP_CSP[16];
-    paramSnapTimedPeriod_t TSP[8];
-    unsigned short ASP_I;
-    unsigned char ST; // "ASP"."ST"
-    unsigned char reserved1[1];
-    CommonSnapPara_t ASP_CSP[16];
+    /// @}
+    unsigned char reserved0[30]; ///< Reserved: no parser writes these bytes.
+    CommonSnapPara_t MSP_CSP[16]; ///< From the array MSP.CSP: the first 16 elements are read, by ParseCommonSnapPara().
+    paramSnapTimedPeriod_t TSP[8]; ///< From the array TSP: the first 8 elements are read.
+    unsigned short ASP_I; ///< From ASP.I.
+    unsigned char ST; ///< From ASP.ST. "ASP"."ST".
+    unsigned char reserved1[1]; ///< Reserved: no parser writes these bytes.
+    CommonSnapPara_t ASP_CSP[16]; ///< From the array ASP.CSP: the first 16 elements are read, by ParseCommonSnapPara().
 };
 BSCOMMON_RECORD_SIZE(paramSnapSetting_t, 4004);
 
-// "DSP": distance-triggered snapshots.
+/// Distance-triggered snapshots. Section "DSP" (parameter type 35, #PARA_DISTANCE_SNAP), read by
+/// ParseDistanceSnapParamJson().
 struct paramDistanceSnapSetting_t {
+    /// @{
+    /// Read from the key of the same name (see @ref reading).
     unsigned int SD;
     unsigned char SU;
-    unsigned char reserved0[31];
-    CommonSnapPara_t CSP[16];
+    /// @}
+    unsigned char reserved0[31]; ///< Reserved: no parser writes these bytes.
+    CommonSnapPara_t CSP[16]; ///< From the array CSP: the first 16 elements are read, by ParseCommonSnapPara().
 };
 BSCOMMON_RECORD_SIZE(paramDistanceSnapSetting_t, 420);
 
 // Section parsers: they take the whole parameter document. -1 without writing
 // or logging when the section is empty or absent, else 0.
+/// Reads section "MAIN" of @p doc into @p record (parameter type 10, #PARA_MAIN_STREAM).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseMainStreamParamJson(Json::Value const& doc, tag_MsgVideoEncodeSetting& record);
+/// Reads section "AR" of @p doc into @p record (parameter type 11, #PARA_ASSIST_RECORD).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseAssistRecordParamJson(Json::Value const& doc, tag_MsgAssistRecordSetting& record);
+/// Reads section "SUBSTRNET" of @p doc into @p record (parameter type 12, #PARA_NET_TRANSFER).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseNetTransferParamJson(Json::Value const& doc, tag_MsgNetTransferSetting& record);
+/// Reads section "EOSD" of @p doc into @p record (parameter type 15, #PARA_ENCODE_OSD).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseEncodeOSDParamJson(Json::Value const& doc, tag_MsgEncodeOsdSetting& record);
+/// Reads section "RP" of @p doc into @p record (parameter type 16, #PARA_RECORD).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseRecordParamJson(Json::Value const& doc, tag_MsgRecordSetting& record);
+/// Reads section "PSNAP" of @p doc into @p record (parameter type 34, #PARA_SNAP).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseSnapParamJson(Json::Value const& doc, paramSnapSetting_t& record);
+/// Reads section "DSP" of @p doc into @p record (parameter type 35, #PARA_DISTANCE_SNAP).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseDistanceSnapParamJson(Json::Value const& doc, paramDistanceSnapSetting_t& record);
+/// Reads section "DOSD" of @p doc into @p record (parameter type 50, #PARA_VIEW_OSD).
+/// @param doc    the whole parameter document {"PARAMETER":{"MDVR":{...}}}
+/// @param record the record; reserved bytes and unread array elements keep their values
+/// @return 0 when the section was read, whatever its keys held; -1, with nothing written,
+///         when the section is empty or absent (some parsers log this at level 0).
 BSCOMMON_API int ParseViewOsdParamJson(Json::Value const& doc, tag_MsgViewOsdSetting& record);
 
 #endif
