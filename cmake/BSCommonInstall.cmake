@@ -2,7 +2,7 @@
 #
 #   cmake --install <build> [--prefix DIR]   lib/        libBSCommonLibrary.so, libtoolkit.so
 #                                            bin/        mdvr-param
-#                                            include/BSCommonLibrary/   exported headers, CommonToolkit.h
+#                                            include/BSCommonLibrary/   exported headers, CommonToolkit.h, BusWire.h
 #                                            lib/cmake/BSCommonLibrary/ find_package(BSCommonLibrary CONFIG)
 #                                            lib/pkgconfig/BSCommonLibrary.pc
 #   cpack -G DEB (in <build>)                libbscommonlibrary (runtime) and
@@ -44,7 +44,7 @@ else()
 endif()
 
 file(GLOB BSCOMMON_PUBLIC_HEADERS ${BSCOMMON_DIR}/include/*.h)
-install(FILES ${BSCOMMON_PUBLIC_HEADERS} ${TOOLKIT_INCLUDE}/CommonToolkit.h
+install(FILES ${BSCOMMON_PUBLIC_HEADERS} ${TOOLKIT_INCLUDE}/CommonToolkit.h ${TOOLKIT_INCLUDE}/BusWire.h
     DESTINATION ${BSCOMMON_INSTALL_INCLUDEDIR} COMPONENT development)
 
 install(EXPORT BSCommonLibraryTargets NAMESPACE BSCommonLibrary::

@@ -11,6 +11,7 @@
 #define MSG_CLIENT_MANAGE_H
 
 #include "BSCommonExport.h"
+#include "BusWire.h"
 #include "CommonToolkit.h"
 
 #include <cstdint>
@@ -37,11 +38,8 @@ static_assert(sizeof(CallbackFun_t) == 3 * sizeof(void*), "object pointer and tw
 BSCOMMON_RECORD_SIZE(CallbackFun_t, 12);
 #endif
 
-// The record that registers, feeds and unregisters the watchdog on the bus.
-struct WatchDogInfo {
-    char dogName[32];      // 32 raw bytes of the name given to the constructor
-    unsigned int dogParam; // passed through to the watchdog service
-};
+// WatchDogInfo, the record that registers, feeds and unregisters the
+// watchdog, is part of the bus's wire (BusWire.h).
 BSCOMMON_RECORD_SIZE(WatchDogInfo, 36);
 
 class BSCOMMON_API CMsgClientManage {
