@@ -68,6 +68,17 @@ size_t Count(const std::string& text, const std::string& what)
     return n;
 }
 
+// The host logger: one record, one line, whether the message ends its line or not.
+TEST(HostLog, EndsEveryRecordWithALineFeed)
+{
+    ::testing::internal::CaptureStderr();
+    Common::gclDebugPrintf(0, "f", "g", 1, "Failed to parse json msg!");
+    Common::gclDebugPrintf(0, "f", "g", 2, "ended\n");
+    Common::gclDebugPrintf(0, "f", "g", 3, "%s", "");
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "[0] f:g:1: Failed to parse json msg!\n[0] f:g:2: ended\n[0] f:g:3: \n");
+}
+
 // --- the watchdog service, on a clock of the test's ----------------------------------
 
 TEST(Watchdog, LapsesRecoversAndRegistersAgainWithExactLines)
