@@ -997,6 +997,10 @@ TEST_F(Bus, ToolSendsCallsListensAndListsWatchdogs)
     EXPECT_EQ(err(), "mdvr-bus: --port: Value 70000 not in range 0 to 65535\n");
     EXPECT_EQ(tool("send 0x101 --file /tmp"), 2);
     EXPECT_EQ(err(), "mdvr-bus: cannot read /tmp: it is a directory\n");
+    EXPECT_EQ(run("MDVR_BUS=70000 " MDVR_BUS_COMMAND " dogs"), 2);
+    EXPECT_EQ(err(), "mdvr-bus: MDVR_BUS=\"70000\" is neither a port nor an endpoint\n");
+    EXPECT_EQ(run("MDVR_BUS=x " MDVR_BUSD_COMMAND), 2);
+    EXPECT_EQ(err(), "mdvr-busd: MDVR_BUS=\"x\" is neither a port nor an endpoint\n");
 
     // Help on every tool and subcommand, with the exit status; the version.
     for (const char* command : {MDVR_BUS_COMMAND " --help", MDVR_BUS_COMMAND " send --help",

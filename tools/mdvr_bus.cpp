@@ -21,6 +21,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -185,6 +186,9 @@ class Bus {
 public:
     explicit Bus(int port)
     {
+        std::string error;
+        if (ToolkitHost::BusEndpoint("127.0.0.1", static_cast<short>(port), error).empty())
+            throw Failure(error, std::getenv(ToolkitHost::kBusEnvironment) ? kUsage : kFailure);
         ToolkitHost::SetLogSink(&Bus::Keep, this);
         handle_ = Common::K7X_MSGCreateMessageClient(BusWire::kClientType, "127.0.0.1", static_cast<short>(port));
         if (handle_ == nullptr)
@@ -258,7 +262,8 @@ const char* const kExitStatus = "Exit status:\n"
                                 "  0  success\n"
                                 "  1  no response (call), nothing heard (listen with --timeout), or the bus\n"
                                 "     cannot be reached or fails\n"
-                                "  2  usage or input error (one line on standard error)";
+                                "  2  usage or input error, MDVR_BUS neither a port nor an endpoint included\n"
+                                "     (one line on standard error)";
 
 } // namespace
 

@@ -23,6 +23,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -322,7 +323,7 @@ const char* const kExitStatus = "Exit status:\n"
                                 "  0  stopped by SIGINT or SIGTERM\n"
                                 "  1  cannot listen: a bus daemon answers at the endpoint, the address is taken,\n"
                                 "     or the socket's directory is not private\n"
-                                "  2  usage error";
+                                "  2  usage error, or MDVR_BUS neither a port nor an endpoint";
 
 } // namespace
 
@@ -351,8 +352,9 @@ int main(int argc, char** argv)
     else if (!ipc.empty())
         endpoint = "ipc://" + ipc;
     else if ((endpoint = ToolkitHost::BusEndpoint("127.0.0.1", 0, error)).empty()) {
+        // With MDVR_BUS set, only its value can be wrong: an input error.
         std::fprintf(stderr, "mdvr-busd: %s\n", error.c_str());
-        return 1;
+        return std::getenv(ToolkitHost::kBusEnvironment) ? 2 : 1;
     }
     if (endpoint.compare(0, 16, "tcp://127.0.0.1:") != 0 && endpoint.compare(0, 6, "ipc://") != 0) {
         std::fprintf(stderr, "mdvr-busd: %s is neither ipc nor TCP on 127.0.0.1\n", endpoint.c_str());
