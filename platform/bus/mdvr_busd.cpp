@@ -338,13 +338,17 @@ int main(int argc, char** argv)
     app.set_version_flag("--version", std::string("mdvr-busd (BSCommonLibrary) ") + BSCOMMON_VERSION);
     int port = -1;
     std::string ipc;
-    CLI::Option* portOption = app.add_option("-p,--port", port, "listen on TCP 127.0.0.1:N instead (0: a free port)")
-                                  ->type_name("N")
-                                  ->check(CLI::Range(0, 65535).description(""));
-    app.add_option("--ipc", ipc, "listen on the ipc socket PATH instead")->type_name("PATH")->excludes(portOption);
+    app.add_option("-p,--port", port, "listen on TCP 127.0.0.1:N instead (0: a free port)")
+        ->type_name("N")
+        ->check(CLI::Range(0, 65535).description(""));
+    app.add_option("--ipc", ipc, "listen on the ipc socket PATH instead")->type_name("PATH");
     app.footer(kExitStatus);
     if (const int status = ParseArguments(app, argc, argv); status >= 0)
         return status;
+    if (port >= 0 && !ipc.empty()) {
+        std::fprintf(stderr, "mdvr-busd: --port or --ipc, not both\n");
+        return 2;
+    }
 
     std::string endpoint, error;
     if (port >= 0)
