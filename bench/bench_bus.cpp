@@ -5,7 +5,7 @@
 //                mdvr-busd (host libtoolkit client on both ends), through a
 //                raw ZeroMQ ROUTER proxy in the same shape (DEALER -> ROUTER
 //                -> DEALER and back), and directly between two DEALERs.
-//                The three take turns in rounds, so that a busy machine
+//                The three take turns in 100 rounds, so that a busy machine
 //                weighs on each alike; p50 and p99 of all rounds.
 //   throughput   one process sends N messages to another, through the bus,
 //                then directly (DEALER to DEALER) with the same frames. The
@@ -42,7 +42,7 @@ const int kEvent = 0x200;
 const int kProbe = 0x201;
 const int kEcho = 0x202;
 const size_t kEchoSize = 64;
-const int kRounds = 10;
+const int kRounds = 100;
 
 volatile std::sig_atomic_t g_stop = 0;
 void OnSignal(int) { g_stop = 1; }

@@ -129,13 +129,11 @@ Verdict Router::Bad(ClientId sender, const char* format, ...)
 Verdict Router::Handle(ClientId sender, Frame* frames, size_t count)
 {
     if (count == 1 && frames[0].size >= BusWire::kHeadSize)
-        return Route(sender, false, frames[0]); // a bus message
+        return Route(sender, frames[0]); // a bus message
     Client& client = clients_[sender];
     const Frame& command = frames[0];
     const size_t argument = count > 1 ? frames[1].size : 0;
     Verdict verdict;
-    if (count == 2 && Is(command, BusWire::kRsp) && argument >= BusWire::kHeadSize)
-        return Route(sender, true, frames[1]);
     if (count == 2 && (Is(command, BusWire::kSub) || Is(command, BusWire::kUnsub)) && argument == 4) {
         const int event = BusWire::ReadInt(frames[1].data);
         if (event < 0 || event > 0xFFFF)
@@ -179,13 +177,14 @@ Verdict Router::Handle(ClientId sender, Frame* frames, size_t count)
                argument);
 }
 
-Verdict Router::Route(ClientId sender, bool response, Frame& frame)
+Verdict Router::Route(ClientId sender, Frame& frame)
 {
     Common::SMessageHead head = BusWire::ReadHead(frame.data);
     const unsigned int body = head.length & BusWire::kBodyMax;
-    if (BusWire::kHeadSize + body != frame.size || response != ((head.messageId & BusWire::kResponseBit) != 0))
-        return Bad(sender, "%s 0x%x, length word 0x%x, frame of %zu bytes", response ? "response" : "event",
-                   head.messageId, head.length, frame.size);
+    const bool response = (head.messageId & BusWire::kResponseBit) != 0;
+    if (BusWire::kHeadSize + body != frame.size)
+        return Bad(sender, "event 0x%x, length word 0x%x, frame of %zu bytes", head.messageId, head.length,
+                   frame.size);
     Verdict verdict;
     const ClientId destination = head.flags;
     if (response && destination == 0) {

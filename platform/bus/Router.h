@@ -77,7 +77,7 @@ public:
     Verdict Handle(ClientId sender, Frame* frames, size_t count);
 
 private:
-    Verdict Route(ClientId sender, bool response, Frame& frame);
+    Verdict Route(ClientId sender, Frame& frame);
     Verdict Bad(ClientId sender, const char* format, ...) __attribute__((format(printf, 3, 4)));
     void Unsubscribe(ClientId id, int event);
 

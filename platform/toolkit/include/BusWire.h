@@ -41,14 +41,14 @@ const unsigned int kDogRecordSize = sizeof(WatchDogInfo);
 const unsigned int kDogDefaultTimeoutMs = 30000; // dogParam 0
 
 // The development bus between a client and mdvr-busd. A bus message (header
-// + body) travels as a ZeroMQ message of one frame, both ways. Anything else
-// is a command: a first frame, shorter than a header, naming it, then its
-// arguments.
+// + body) travels as a ZeroMQ message of one frame, both ways; one whose
+// messageId has the response bit is a response, for the client that its
+// flags name. Anything else is a command: a first frame, shorter than a
+// header, naming it, then its arguments.
 const char* const kHello = "HELLO"; // client -> bus: pid (i32), client type (u32)
 const char* const kBye = "BYE";     // client -> bus, bus -> client (acknowledged)
 const char* const kSub = "SUB";     // client -> bus: event (i32, 0..0xFFFF)
 const char* const kUnsub = "UNSUB"; // client -> bus: event (i32)
-const char* const kRsp = "RSP";     // client -> bus: a response, header + body
 const char* const kDogs = "DOGS";   // client -> bus; bus -> client: JSON array
 
 inline Common::SMessageHead ReadHead(const void* bytes)

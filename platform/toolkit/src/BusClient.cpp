@@ -430,7 +430,7 @@ public:
         zmq::message_t frame;
         if (!BuildFrame(__func__, frame, response, body, length))
             return -1;
-        if (!Connected(*c) || !SendCommand(*c, BusWire::kRsp, std::move(frame))) {
+        if (!Connected(*c) || !SendFrame(*c, std::move(frame))) {
             BUS_LOG(0, "bus: no bus daemon at %s, response 0x%x dropped\n", c->endpoint.c_str(),
                     response.messageId);
             return -1;
