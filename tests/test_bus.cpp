@@ -870,8 +870,10 @@ TEST_F(Bus, AClientThatNeverReadsCostsBoundedMemoryAndSlowsNobody)
 
 TEST_F(Bus, ASlowButSteadyReaderLosesNothing)
 {
-    // It takes up to 64 messages every 10 ms; the sender sends as fast as the bus lets it.
-    const int total = 10000;
+    // It takes up to 10 messages every 20 ms, 500 a second; the sender sends
+    // as fast as the bus lets it, far more than the queues and the socket
+    // buffers between them hold.
+    const int total = 3000;
     std::atomic<bool> subscribed{false};
     std::vector<int> received;
     std::thread reader([&] {
@@ -885,11 +887,11 @@ TEST_F(Bus, ASlowButSteadyReaderLosesNothing)
         subscribed = true;
         for (long long idle = Now(); received.size() < total && Now() - idle < 3000 * kSlow;) {
             const size_t before = received.size();
-            for (int i = 0; i < 64 && client.MSGWaitForEvent(0) > 0; ++i) {
+            for (int i = 0; i < 10 && client.MSGWaitForEvent(0) > 0; ++i) {
             }
             if (received.size() != before)
                 idle = Now();
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
         }
     });
     CMsgClientManage sender(nullptr, 0);
@@ -897,7 +899,7 @@ TEST_F(Bus, ASlowButSteadyReaderLosesNothing)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     int failed = 0;
     for (std::int32_t i = 0; i < total; ++i)
-        failed += Send(sender, 0xA0, std::string(reinterpret_cast<const char*>(&i), 4) + std::string(60, 's')) != 0;
+        failed += Send(sender, 0xA0, std::string(reinterpret_cast<const char*>(&i), 4) + std::string(4000, 's')) != 0;
     reader.join();
     EXPECT_EQ(failed, 0);
     ASSERT_EQ(received.size(), static_cast<size_t>(total));

@@ -36,7 +36,7 @@ void OnSignal(int) { g_stop = 1; }
 
 const int kMonitorMs = 100;     // connection events are read this often
 const int kCongestionMs = 500;  // a client that frees no room for this long is congested
-const int kHighWater = 1000;    // messages queued per client, each way
+const int kHighWater = 200;     // messages queued per client, each way
 const int kHandshakeMs = 500;   // a connection that has not greeted by then is closed
 const size_t kMostFrames = 2;   // after the routing id; more breaks the protocol
 

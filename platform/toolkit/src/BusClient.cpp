@@ -34,7 +34,7 @@ const int kConnectTimeoutMs = 3000; // creation fails when no daemon answers by 
 const int kSendTimeoutMs = 1000;    // a send waits this long for room, then fails
 const int kByeTimeoutMs = 500;      // destruction waits this long for the daemon's receipt
 const int kMonitorMs = 100;         // the connection events are read this often
-const int kHighWater = 1000;        // messages queued each way
+const int kHighWater = 200;         // messages queued each way
 
 struct Client {
     Client(zmq::context_t& context, int id)
