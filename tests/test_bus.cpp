@@ -250,7 +250,6 @@ TEST_F(RouterTest, ReusesClientIdsOverMoreConnectionsThanIdsAndTellsLeftoversFro
 {
     // Every connection says hello and goes, one in three with a goodbye;
     // ZeroMQ numbers them upwards and the kernel hands out descriptors again.
-    std::set<busd::ClientId> live;
     for (std::uint32_t n = 1; n <= 70000; ++n) {
         const std::string routing = std::string(1, '\0') + Int(static_cast<std::int32_t>(__builtin_bswap32(n)));
         const int fd = 10 + static_cast<int>(n % 3);
