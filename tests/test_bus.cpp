@@ -248,7 +248,7 @@ TEST_F(RouterTest, ClosesAConnectionThatBreaksTheProtocol)
 
 TEST_F(RouterTest, ReusesClientIdsOverMoreConnectionsThanIdsAndTellsLeftoversFromNewcomers)
 {
-    // Every connection says hello and goes, one in three with a goodbye;
+    // Connection after connection comes and goes, one in three with a goodbye;
     // ZeroMQ numbers them upwards and the kernel hands out descriptors again.
     for (std::uint32_t n = 1; n <= 70000; ++n) {
         const std::string routing = std::string(1, '\0') + Int(static_cast<std::int32_t>(__builtin_bswap32(n)));
