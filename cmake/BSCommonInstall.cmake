@@ -5,7 +5,7 @@
 #                                            share/man/man1/  their man pages
 #                                            share/doc/libbscommonlibrary{,-dev}/
 #                                                        changelog.gz, copyright; -dev: html/
-#                                            include/BSCommonLibrary/   exported headers, CommonToolkit.h
+#                                            include/BSCommonLibrary/   exported headers, CommonToolkit.h, BusWire.h
 #                                            lib/cmake/BSCommonLibrary/ find_package(BSCommonLibrary CONFIG)
 #                                            lib/pkgconfig/BSCommonLibrary.pc
 #   cpack -G DEB (in <build>)                libbscommonlibrary (runtime) and
@@ -47,7 +47,7 @@ else()
 endif()
 
 file(GLOB BSCOMMON_PUBLIC_HEADERS ${BSCOMMON_DIR}/include/*.h)
-install(FILES ${BSCOMMON_PUBLIC_HEADERS} ${TOOLKIT_INCLUDE}/CommonToolkit.h
+install(FILES ${BSCOMMON_PUBLIC_HEADERS} ${TOOLKIT_INCLUDE}/CommonToolkit.h ${TOOLKIT_INCLUDE}/BusWire.h
     DESTINATION ${BSCOMMON_INSTALL_INCLUDEDIR} COMPONENT development)
 
 install(EXPORT BSCommonLibraryTargets NAMESPACE BSCommonLibrary::

@@ -1,45 +1,55 @@
-// The wire of the development bus (docs/bus.md): shared by the host libtoolkit
-// client, the daemon mdvr-busd and the tools. Not part of the vendor's
-// interface: the library never includes this file.
+// The wire of the recorder's message bus, stated once: the message header's
+// fields and masks, the client type, the watchdog service's message ids and
+// record, and the commands of the development bus (docs/bus.md). The library,
+// the host libtoolkit, the daemon mdvr-busd and the tools all include this
+// file; nothing else spells any of it out.
 #ifndef BUS_WIRE_H
 #define BUS_WIRE_H
 
 #include "CommonToolkit.h"
 
+#include <chrono>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
-#include <string>
+
+// The record that registers, feeds and unregisters a watchdog: the body of
+// the watchdog messages below.
+struct WatchDogInfo {
+    char dogName[32];      // 32 raw bytes of the name; need not hold a NUL
+    unsigned int dogParam; // passed through to the watchdog service
+};
+static_assert(sizeof(WatchDogInfo) == 36, "size of WatchDogInfo");
 
 namespace BusWire {
 
-// Where the bus listens when nothing else is said.
-const unsigned short kDefaultPort = 7931;
-// Overrides the default: a port number, or a ZeroMQ endpoint such as
-// "ipc:///tmp/mdvr.bus" or "tcp://127.0.0.1:7000".
-const char* const kEnvironment = "MDVR_BUS";
+// The client type that every process of the recorder connects with.
+const unsigned int kClientType = 30;
 
-// A bus message (header + body, at least 16 bytes) travels as a message of
-// one frame, both ways. Anything else is a command: a first frame, shorter
-// than a header, naming it, then its arguments.
-const char* const kHello = "HELLO";  // client -> bus: pid (i32), client type (u32)
-const char* const kBye = "BYE";      // client -> bus, bus -> client (acknowledged)
-const char* const kSub = "SUB";      // client -> bus: event (i32)
-const char* const kUnsub = "UNSUB";  // client -> bus: event (i32)
-const char* const kRsp = "RSP";      // client -> bus: a response, header + body
-const char* const kDogs = "DOGS";    // client -> bus; bus -> client: JSON array
-
+// Header: Common::SMessageHead, 16 bytes, then the body.
 const unsigned int kHeadSize = sizeof(Common::SMessageHead);
-const unsigned int kBodyMax = 0x7FFFFF; // the 23-bit length field
-const unsigned int kResponseBit = 0x8000;
+static_assert(kHeadSize == 16, "the bus message header is 16 bytes");
+const unsigned int kBodyMax = 0x7FFFFF;   // the 23-bit body length field of `length`
+const unsigned int kResponseBit = 0x8000; // in messageId: a response
 
-// The watchdog service: messages to destination 0 with these ids and the
-// 36-byte record (32-byte name, u32 dogParam).
+// The watchdog service: messages to destination 0 with these ids and a
+// WatchDogInfo as body.
 const int kDogFeed = 3;
 const int kDogRegister = 6;
 const int kDogUnregister = 7;
-const unsigned int kDogRecordSize = 36;
+const unsigned int kDogNameSize = sizeof(WatchDogInfo::dogName);
+const unsigned int kDogRecordSize = sizeof(WatchDogInfo);
 const unsigned int kDogDefaultTimeoutMs = 30000; // dogParam 0
+
+// The development bus between a client and mdvr-busd. A bus message (header
+// + body) travels as a ZeroMQ message of one frame, both ways; one whose
+// messageId has the response bit is a response, for the client that its
+// flags name. Anything else is a command: a first frame, shorter than a
+// header, naming it, then its arguments.
+const char* const kHello = "HELLO"; // client -> bus: pid (i32), client type (u32)
+const char* const kBye = "BYE";     // client -> bus, bus -> client (acknowledged)
+const char* const kSub = "SUB";     // client -> bus: event (i32, 0..0xFFFF)
+const char* const kUnsub = "UNSUB"; // client -> bus: event (i32)
+const char* const kDogs = "DOGS";   // client -> bus; bus -> client: JSON array
 
 inline Common::SMessageHead ReadHead(const void* bytes)
 {
@@ -57,31 +67,11 @@ inline std::int32_t ReadInt(const void* bytes)
     return value;
 }
 
-inline bool IsEndpoint(const std::string& text)
+// Milliseconds of the monotonic clock: the bus's timeouts and the watchdogs.
+inline long long Now()
 {
-    return text.compare(0, 6, "tcp://") == 0 || text.compare(0, 6, "ipc://") == 0;
-}
-
-// The endpoint a client connects to: `port` when non-zero, else the
-// environment's MDVR_BUS, else the default port. Empty when MDVR_BUS is
-// neither a port nor an endpoint.
-inline std::string ClientEndpoint(const char* address, short port)
-{
-    unsigned int number = static_cast<unsigned short>(port);
-    const char* environment = std::getenv(kEnvironment);
-    if (number == 0 && environment != nullptr && *environment != '\0') {
-        if (IsEndpoint(environment))
-            return environment;
-        char* end = nullptr;
-        const unsigned long value = std::strtoul(environment, &end, 10);
-        if (*end != '\0' || value == 0 || value > 65535)
-            return std::string();
-        number = static_cast<unsigned int>(value);
-    }
-    if (number == 0)
-        number = kDefaultPort;
-    const std::string host = (address != nullptr && *address != '\0') ? address : "127.0.0.1";
-    return "tcp://" + host + ":" + std::to_string(number);
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
 } // namespace BusWire

@@ -43,12 +43,37 @@ private:
     std::vector<LogLine> lines_;
 };
 
+// --- Where the bus is -----------------------------------------------------------
+// Overrides the default endpoint: a port (TCP on 127.0.0.1), or a ZeroMQ
+// endpoint such as "ipc:///tmp/b" or "tcp://127.0.0.1:7000".
+const char* const kBusEnvironment = "MDVR_BUS";
+
+// Checks that `path` is a directory that only this user may enter: not a
+// symbolic link, owned by the effective user, no access for group or others.
+// With `create`, makes it (mode 0700) when it is missing. False, with the
+// reason in `error`, when it is not such a directory.
+TOOLKIT_API bool PrivateDirectory(const std::string& path, bool create, std::string& error);
+
+// This user's bus: ipc://$XDG_RUNTIME_DIR/mdvr-bus when XDG_RUNTIME_DIR is
+// set, else ipc:///tmp/mdvr-bus-UID/bus, its directory made when missing and
+// checked with PrivateDirectory. Empty, with the reason in `error`, when the
+// directory is not private.
+TOOLKIT_API std::string DefaultBusEndpoint(std::string& error);
+
+// Where the bus is for a client, the daemon and the tools alike: TCP on
+// `address` (127.0.0.1 when null or empty) at `port` when it is not 0, else
+// MDVR_BUS when set, else DefaultBusEndpoint(). Empty, with the reason in
+// `error`, when MDVR_BUS is neither a port nor an endpoint or the default's
+// directory is not private.
+TOOLKIT_API std::string BusEndpoint(const char* address, short port, std::string& error);
+
 // --- The bus ------------------------------------------------------------------
 // By default the K7X_* functions are a client of the development bus daemon
 // mdvr-busd (docs/bus.md). UseRecordingBus(true) switches them, for the whole
 // process, to a recording double that delivers nothing by itself: it records
 // every K7X_* call and lets a test deliver a message to the receiver that a
-// client registered. Switch before creating clients.
+// client registered. Switch before creating clients; a client belongs to the
+// bus it was created on.
 TOOLKIT_API void UseRecordingBus(bool recording);
 
 // Asks the daemon for its watchdogs: a JSON array of objects with the keys

@@ -1,38 +1,40 @@
 // Host build of the support library's message bus: a client of the
-// development bus daemon mdvr-busd over ZeroMQ (the wire: docs/bus.md).
+// development bus daemon mdvr-busd over ZeroMQ (the wire: BusWire.h,
+// docs/bus.md).
 //
 // A client is one DEALER socket connected to the daemon's ROUTER. Messages are
 // delivered inside K7X_MSGWaitForEvent, on the caller's thread, by calling the
-// receiver bound to the message's event. A client handle belongs to one thread
-// at a time, like the socket under it. A monitor on the socket tells when the
-// connection to the daemon is made again after a loss; the client then repeats
-// its hello, its subscriptions and its watchdog registration, so a restarted
-// daemon knows it again without help from the process.
+// receiver bound to the message's event: one blocking receive with a timeout,
+// one message delivered. A client handle belongs to one thread at a time, like
+// the socket under it. A monitor on the socket, read on the clock, tells when
+// the connection to the daemon is made again after a loss; the client then
+// repeats its hello, its subscriptions and its watchdog registration, so a
+// restarted daemon knows it again without help from the process.
+#include "BusBackend.h"
 #include "BusWire.h"
-#include "RecordingBus.h"
+#include "ToolkitHost.h"
 
 #include <unistd.h>
 
 #include <zmq.hpp>
 
-#include <atomic>
-#include <chrono>
+#include <algorithm>
 #include <map>
 #include <mutex>
 #include <set>
-#include <vector>
+#include <string>
 
 #define BUS_LOG(level, ...) Common::gclDebugPrintf(level, "platform/toolkit/src/BusClient", __func__, __LINE__, __VA_ARGS__)
 
 namespace {
 
+using Common::K7X_MSG_HANDLE;
+
 const int kConnectTimeoutMs = 3000; // creation fails when no daemon answers by then
 const int kSendTimeoutMs = 1000;    // a send waits this long for room, then fails
 const int kByeTimeoutMs = 500;      // destruction waits this long for the daemon's receipt
-const int kBatch = 256;             // messages delivered by one wait at most
-const int kHighWater = 10000;
-
-std::atomic<bool> g_recording{false};
+const int kMonitorMs = 100;         // the connection events are read this often
+const int kHighWater = 200;         // messages queued each way
 
 struct Client {
     Client(zmq::context_t& context, int id)
@@ -46,11 +48,15 @@ struct Client {
     std::string endpoint;
     unsigned int type = 0;
     bool connected = false;
-    long long lastMonitorCheck = 0;
+    long long monitorDue = 0;    // when the connection events are read next
+    int receiveTimeout = -1;     // as set on the socket
     std::map<int, Common::K7X_MSG_CALLBACK> receivers; // by event
-    std::string dogRecord;                              // the last watchdog registration, replayed
-    std::vector<zmq::message_t> frames;                 // of the message being received
+    std::string dogRecord;       // the last watchdog registration, repeated on reconnection
+    zmq::message_t frames[2];    // of the message received last: a bus message, or a command and its argument
+    size_t count = 0;
 };
+
+enum class Got { kNothing, kMessage, kInterrupted, kFailed };
 
 struct Registry {
     std::mutex mutex;
@@ -72,7 +78,7 @@ zmq::context_t& Context()
     return *context;
 }
 
-Client* Find(Common::K7X_MSG_HANDLE handle, const char* function)
+Client* Find(K7X_MSG_HANDLE handle, const char* function)
 {
     Registry& registry = Clients();
     std::lock_guard<std::mutex> lock(registry.mutex);
@@ -82,12 +88,6 @@ Client* Find(Common::K7X_MSG_HANDLE handle, const char* function)
     Common::gclDebugPrintf(0, "platform/toolkit/src/BusClient", function, __LINE__,
                            "bus: unknown client handle %p\n", handle);
     return nullptr;
-}
-
-long long Now()
-{
-    using namespace std::chrono;
-    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
 zmq::message_t Int32(std::int32_t value) { return zmq::message_t(&value, sizeof value); }
@@ -104,21 +104,23 @@ bool SendFrame(Client& c, zmq::message_t frame)
     }
 }
 
-// Sends one command with an optional payload, like SendFrame.
-bool SendCommand(Client& c, const char* command, zmq::message_t payload, bool withPayload = true)
+// Sends one command with an optional argument, like SendFrame.
+bool SendCommand(Client& c, const char* command, zmq::message_t argument, bool withArgument = true)
 {
     try {
         zmq::message_t head(command, std::strlen(command));
-        if (!c.socket.send(head, withPayload ? zmq::send_flags::sndmore : zmq::send_flags::none))
+        if (!c.socket.send(head, withArgument ? zmq::send_flags::sndmore : zmq::send_flags::none))
             return false;
-        if (withPayload)
-            c.socket.send(payload, zmq::send_flags::none); // the rest of a started message always goes
+        if (withArgument)
+            c.socket.send(argument, zmq::send_flags::none); // the rest of a started message always goes
         return true;
     } catch (const zmq::error_t& e) {
         BUS_LOG(0, "bus: sending %s to %s failed: %s\n", command, c.endpoint.c_str(), e.what());
         return false;
     }
 }
+
+bool Deliverable(int event) { return event >= 0 && event <= 0xFFFF; }
 
 // Tells a daemon who we are and what we listen to: after connecting, and
 // again after every reconnection.
@@ -127,7 +129,8 @@ void Introduce(Client& c)
     std::int32_t hello[2] = {static_cast<std::int32_t>(getpid()), static_cast<std::int32_t>(c.type)};
     SendCommand(c, BusWire::kHello, zmq::message_t(hello, sizeof hello));
     for (const auto& receiver : c.receivers)
-        SendCommand(c, BusWire::kSub, Int32(receiver.first));
+        if (Deliverable(receiver.first))
+            SendCommand(c, BusWire::kSub, Int32(receiver.first));
     if (!c.dogRecord.empty())
         SendFrame(c, zmq::message_t(c.dogRecord.data(), c.dogRecord.size()));
 }
@@ -162,85 +165,95 @@ void ReadMonitor(Client& c, int timeout)
     }
 }
 
-// Reads the connection events now and then: checking costs a system call, and
-// a send that finds no daemon fails by itself within the send timeout.
-void CheckMonitor(Client& c)
+// Whether the daemon is there, from the connection events read on the clock
+// (or at once while it is away): a send that finds no daemon fails by itself
+// within the send timeout.
+bool Connected(Client& c)
 {
-    const long long now = Now();
-    if (c.connected && now - c.lastMonitorCheck < 20)
-        return;
-    c.lastMonitorCheck = now;
-    ReadMonitor(c, 0);
+    const long long now = BusWire::Now();
+    if (!c.connected || now >= c.monitorDue) {
+        ReadMonitor(c, 0);
+        c.monitorDue = now + kMonitorMs;
+    }
+    return c.connected;
 }
 
-void Deliver(Client& c, zmq::message_t& frame)
+// Receives one message into c.frames, waiting up to `timeout` ms.
+Got Receive(Client& c, int timeout)
 {
-    const Common::SMessageHead head = BusWire::ReadHead(frame.data());
+    try {
+        if (timeout != c.receiveTimeout) {
+            c.socket.set(zmq::sockopt::rcvtimeo, timeout);
+            c.receiveTimeout = timeout;
+        }
+        if (!c.socket.recv(c.frames[0]))
+            return Got::kNothing;
+        c.count = 1;
+        for (bool more = c.frames[0].more(); more; ++c.count) {
+            zmq::message_t& frame = c.frames[std::min<size_t>(c.count, 1)];
+            (void)c.socket.recv(frame); // the parts of a message arrive together
+            more = frame.more();
+        }
+        return Got::kMessage;
+    } catch (const zmq::error_t& e) {
+        if (e.num() == EINTR)
+            return Got::kInterrupted;
+        BUS_LOG(0, "bus: receiving from %s failed: %s\n", c.endpoint.c_str(), e.what());
+        return Got::kFailed;
+    }
+}
+
+void Deliver(Client& c, const zmq::message_t& message)
+{
+    const Common::SMessageHead head = BusWire::ReadHead(message.data());
     auto found = c.receivers.find(head.messageId);
     if (found == c.receivers.end()) {
         BUS_LOG(4, "bus: no receiver for event 0x%x, dropped\n", head.messageId);
         return;
     }
     const Common::K7X_MSG_CALLBACK receiver = found->second;
-    receiver.invoke(receiver, static_cast<const char*>(frame.data()), static_cast<int>(frame.size()));
+    receiver.invoke(receiver, static_cast<const char*>(message.data()), static_cast<int>(message.size()));
 }
 
-// Handles one message from the daemon; false when there was none.
-bool ReceiveOne(Client& c, int* delivered, std::string* dogs)
-{
-    std::vector<zmq::message_t>& frames = c.frames; // kept: no allocation per message
-    frames.resize(1);
-    try {
-        if (!c.socket.recv(frames[0], zmq::recv_flags::dontwait))
-            return false;
-        while (frames.back().more()) {
-            frames.emplace_back();
-            (void)c.socket.recv(frames.back());
-        }
-    } catch (const zmq::error_t& e) {
-        BUS_LOG(0, "bus: receiving from %s failed: %s\n", c.endpoint.c_str(), e.what());
-        return false;
-    }
-    if (frames.size() == 1 && frames[0].size() >= BusWire::kHeadSize) {
-        zmq::message_t message(std::move(frames[0])); // a receiver may wait again, reusing `frames`
-        Deliver(c, message);
-        ++*delivered;
-        return true;
-    }
-    const std::string command = frames[0].to_string();
-    if (command == BusWire::kDogs && frames.size() == 2 && dogs != nullptr) {
-        *dogs = frames[1].to_string();
-    } else if (command != BusWire::kBye && command != BusWire::kDogs) {
-        BUS_LOG(0, "bus: dropped an unknown message \"%s\" from the bus\n", command.c_str());
-    }
-    return true;
-}
-
-// Waits up to `timeout` ms (negative: without end) for messages and delivers
-// up to kBatch of them. With `dogs`, waits for the watchdog list instead.
+// Waits up to `timeout` ms (negative: without end) for one message and
+// delivers it: 1, or 0 when none came (or a signal came first), -1 on
+// failure. With `dogs`, also ends when the watchdog list has come into it.
 int Wait(Client& c, int timeout, std::string* dogs = nullptr)
 {
-    const long long deadline = timeout < 0 ? -1 : Now() + timeout;
-    int delivered = 0;
+    const long long deadline = timeout < 0 ? -1 : BusWire::Now() + timeout;
     for (;;) {
-        CheckMonitor(c);
-        while (delivered < kBatch && ReceiveOne(c, &delivered, dogs) && !(dogs && !dogs->empty())) {
+        long long now = BusWire::Now();
+        if (now >= c.monitorDue) {
+            ReadMonitor(c, 0);
+            c.monitorDue = now + kMonitorMs;
         }
-        if ((dogs ? !dogs->empty() : delivered > 0))
-            return delivered;
-        const long long left = deadline < 0 ? -1 : deadline - Now();
-        if (deadline >= 0 && left <= 0)
-            return delivered;
-        zmq::pollitem_t items[2] = {{static_cast<void*>(c.socket), 0, ZMQ_POLLIN, 0},
-                                    {static_cast<void*>(c.monitor), 0, ZMQ_POLLIN, 0}};
-        try {
-            zmq::poll(items, 2, std::chrono::milliseconds(left));
-        } catch (const zmq::error_t& e) {
-            if (e.num() != EINTR) {
-                BUS_LOG(0, "bus: waiting on %s failed: %s\n", c.endpoint.c_str(), e.what());
-                return -1;
+        long long wait = c.monitorDue - now;
+        if (deadline >= 0)
+            wait = std::min(wait, std::max(0LL, deadline - now));
+        switch (Receive(c, static_cast<int>(wait))) {
+        case Got::kFailed:
+            return -1;
+        case Got::kInterrupted:
+            return 0;
+        case Got::kNothing:
+            break;
+        case Got::kMessage:
+            if (c.count == 1 && c.frames[0].size() >= BusWire::kHeadSize) {
+                const zmq::message_t message(std::move(c.frames[0])); // a receiver may wait again
+                Deliver(c, message);
+                return 1;
             }
+            const std::string command = c.frames[0].to_string();
+            if (command == BusWire::kDogs && c.count == 2 && dogs != nullptr) {
+                *dogs = c.frames[1].to_string();
+                return 0;
+            }
+            if (command != BusWire::kBye && command != BusWire::kDogs)
+                BUS_LOG(0, "bus: dropped an unknown message \"%s\" from the bus\n", command.c_str());
+            break;
         }
+        if (deadline >= 0 && BusWire::Now() >= deadline)
+            return 0;
     }
 }
 
@@ -267,218 +280,203 @@ bool BuildFrame(const char* function, zmq::message_t& frame, const Common::SMess
     return true;
 }
 
-Common::K7X_MSG_HANDLE Create(unsigned int clientType, const char* serverAddr, short port)
-{
-    const std::string endpoint = BusWire::ClientEndpoint(serverAddr, port);
-    if (endpoint.empty()) {
-        BUS_LOG(0, "bus: %s=\"%s\" is neither a port nor an endpoint\n", BusWire::kEnvironment,
-                std::getenv(BusWire::kEnvironment));
-        return nullptr;
+class Daemon : public Common::BusBackend {
+public:
+    K7X_MSG_HANDLE Create(unsigned int clientType, const char* serverAddr, short port) override
+    {
+        std::string error;
+        const std::string endpoint = ToolkitHost::BusEndpoint(serverAddr, port, error);
+        if (endpoint.empty()) {
+            BUS_LOG(0, "bus: %s\n", error.c_str());
+            return nullptr;
+        }
+        Client* c = nullptr;
+        try {
+            int id;
+            {
+                std::lock_guard<std::mutex> lock(Clients().mutex);
+                id = ++Clients().next;
+            }
+            c = new Client(Context(), id);
+            c->endpoint = endpoint;
+            c->type = clientType;
+            c->socket.set(zmq::sockopt::immediate, 1); // queue nothing while there is no daemon
+            c->socket.set(zmq::sockopt::linger, 0);
+            c->socket.set(zmq::sockopt::reconnect_ivl, 100);
+            c->socket.set(zmq::sockopt::sndtimeo, kSendTimeoutMs);
+            c->socket.set(zmq::sockopt::sndhwm, kHighWater);
+            c->socket.set(zmq::sockopt::rcvhwm, kHighWater);
+            c->socket.set(zmq::sockopt::maxmsgsize, static_cast<int64_t>(BusWire::kHeadSize + BusWire::kBodyMax));
+            if (zmq_socket_monitor(static_cast<void*>(c->socket), c->monitorEndpoint.c_str(),
+                                   ZMQ_EVENT_HANDSHAKE_SUCCEEDED | ZMQ_EVENT_DISCONNECTED) != 0)
+                throw zmq::error_t();
+            c->monitor.connect(c->monitorEndpoint);
+            c->socket.connect(endpoint);
+        } catch (const zmq::error_t& e) {
+            BUS_LOG(0, "bus: cannot connect to %s: %s\n", endpoint.c_str(), e.what());
+            delete c;
+            return nullptr;
+        }
+        const long long deadline = BusWire::Now() + kConnectTimeoutMs;
+        while (!c->connected && BusWire::Now() < deadline)
+            ReadMonitor(*c, static_cast<int>(deadline - BusWire::Now()));
+        if (!c->connected) {
+            BUS_LOG(0, "bus: no bus daemon answers at %s\n", endpoint.c_str());
+            delete c;
+            return nullptr;
+        }
+        c->monitorDue = BusWire::Now() + kMonitorMs;
+        std::lock_guard<std::mutex> lock(Clients().mutex);
+        Clients().clients.insert(c);
+        return c;
     }
-    Client* c = nullptr;
-    try {
-        int id;
+
+    void Destroy(K7X_MSG_HANDLE handle) override
+    {
+        Client* c = Find(handle, __func__);
+        if (c == nullptr)
+            return;
         {
             std::lock_guard<std::mutex> lock(Clients().mutex);
-            id = ++Clients().next;
+            Clients().clients.erase(c);
         }
-        c = new Client(Context(), id);
-        c->endpoint = endpoint;
-        c->type = clientType;
-        c->socket.set(zmq::sockopt::immediate, 1); // queue nothing while there is no daemon
-        c->socket.set(zmq::sockopt::linger, 0);
-        c->socket.set(zmq::sockopt::reconnect_ivl, 100);
-        c->socket.set(zmq::sockopt::sndtimeo, kSendTimeoutMs);
-        c->socket.set(zmq::sockopt::sndhwm, kHighWater);
-        c->socket.set(zmq::sockopt::rcvhwm, kHighWater);
-        c->socket.set(zmq::sockopt::maxmsgsize, static_cast<int64_t>(BusWire::kHeadSize + BusWire::kBodyMax));
-        if (zmq_socket_monitor(static_cast<void*>(c->socket), c->monitorEndpoint.c_str(),
-                               ZMQ_EVENT_HANDSHAKE_SUCCEEDED | ZMQ_EVENT_DISCONNECTED) != 0)
-            throw zmq::error_t();
-        c->monitor.connect(c->monitorEndpoint);
-        c->socket.connect(endpoint);
-    } catch (const zmq::error_t& e) {
-        BUS_LOG(0, "bus: cannot connect to %s: %s\n", endpoint.c_str(), e.what());
-        delete c;
-        return nullptr;
-    }
-    const long long deadline = Now() + kConnectTimeoutMs;
-    while (!c->connected && Now() < deadline)
-        ReadMonitor(*c, static_cast<int>(deadline - Now()));
-    if (!c->connected) {
-        BUS_LOG(0, "bus: no bus daemon answers at %s\n", endpoint.c_str());
-        delete c;
-        return nullptr;
-    }
-    std::lock_guard<std::mutex> lock(Clients().mutex);
-    Clients().clients.insert(c);
-    return c;
-}
-
-void Destroy(Common::K7X_MSG_HANDLE handle)
-{
-    Client* c = Find(handle, __func__);
-    if (c == nullptr)
-        return;
-    {
-        std::lock_guard<std::mutex> lock(Clients().mutex);
-        Clients().clients.erase(c);
-    }
-    // The daemon's receipt of the goodbye means that everything sent before
-    // it (a watchdog unregistration, say) has arrived.
-    ReadMonitor(*c, 0);
-    if (c->connected && SendCommand(*c, BusWire::kBye, zmq::message_t(), false)) {
-        const long long deadline = Now() + kByeTimeoutMs;
-        zmq::pollitem_t item{static_cast<void*>(c->socket), 0, ZMQ_POLLIN, 0};
-        try {
-            while (Now() < deadline && zmq::poll(&item, 1, std::chrono::milliseconds(deadline - Now())) > 0) {
-                std::vector<zmq::message_t> frames(1);
-                (void)c->socket.recv(frames[0]);
-                while (frames.back().more()) {
-                    frames.emplace_back();
-                    (void)c->socket.recv(frames.back());
-                }
-                if (frames[0].to_string() == BusWire::kBye)
+        // The daemon's receipt of the goodbye means that everything sent before
+        // it (a watchdog unregistration, say) has arrived. Messages that come
+        // meanwhile are not delivered: their receivers are going.
+        ReadMonitor(*c, 0);
+        if (c->connected && SendCommand(*c, BusWire::kBye, zmq::message_t(), false)) {
+            const long long deadline = BusWire::Now() + kByeTimeoutMs;
+            for (long long left = kByeTimeoutMs; left > 0; left = deadline - BusWire::Now())
+                if (Receive(*c, static_cast<int>(left)) == Got::kMessage && c->count == 1 &&
+                    c->frames[0].to_string() == BusWire::kBye)
                     break;
-            }
-        } catch (const zmq::error_t&) {
         }
+        zmq_socket_monitor(static_cast<void*>(c->socket), nullptr, 0);
+        delete c;
     }
-    zmq_socket_monitor(static_cast<void*>(c->socket), nullptr, 0);
-    delete c;
+
+    int Register(K7X_MSG_HANDLE handle, int event, Common::K7X_MSG_CALLBACK callback) override
+    {
+        Client* c = Find(handle, __func__);
+        if (c == nullptr)
+            return -1;
+        // Kept even when the daemon is away: it is told on reconnection. An
+        // event outside 16 bits is never delivered: the daemon is not told.
+        c->receivers[event] = callback;
+        if (Deliverable(event) && Connected(*c))
+            SendCommand(*c, BusWire::kSub, Int32(event));
+        return 0;
+    }
+
+    int Unregister(K7X_MSG_HANDLE handle, int event) override
+    {
+        Client* c = Find(handle, __func__);
+        if (c == nullptr)
+            return -1;
+        c->receivers.erase(event);
+        if (Deliverable(event) && Connected(*c))
+            SendCommand(*c, BusWire::kUnsub, Int32(event));
+        return 0;
+    }
+
+    int Send(K7X_MSG_HANDLE handle, int destination, int messageId, int session, const char* body, int length,
+             int flags) override
+    {
+        Client* c = Find(handle, __func__);
+        if (c == nullptr)
+            return -1;
+        if (destination < 0 || destination > 0xFFFF || !Deliverable(messageId)) {
+            BUS_LOG(0, "bus: destination %d or event 0x%x outside 16 bits, not sent\n", destination, messageId);
+            return -1;
+        }
+        if (messageId & BusWire::kResponseBit) {
+            BUS_LOG(0, "bus: event 0x%x is a response id: K7X_MSGResponseMessage answers; not sent\n", messageId);
+            return -1;
+        }
+        // On the way to the daemon the flags field names the destination client;
+        // the daemon replaces it with the sender's client id.
+        const Common::SMessageHead head{flags, session, static_cast<unsigned short>(destination),
+                                        static_cast<unsigned short>(messageId), static_cast<unsigned int>(length)};
+        zmq::message_t frame;
+        if (!BuildFrame(__func__, frame, head, body, length))
+            return -1;
+        if (destination == 0 && messageId == BusWire::kDogRegister)
+            c->dogRecord.assign(static_cast<const char*>(frame.data()), frame.size());
+        else if (destination == 0 && messageId == BusWire::kDogUnregister)
+            c->dogRecord.clear();
+        if (!Connected(*c) || !SendFrame(*c, std::move(frame))) {
+            BUS_LOG(0, "bus: no bus daemon at %s, event 0x%x dropped\n", c->endpoint.c_str(), messageId);
+            return -1;
+        }
+        return 0;
+    }
+
+    int Respond(K7X_MSG_HANDLE handle, Common::SMessageHead* head, const char* body, unsigned int length) override
+    {
+        Client* c = Find(handle, __func__);
+        if (c == nullptr)
+            return -1;
+        if (head == nullptr) {
+            BUS_LOG(0, "bus: response without the request's header, not sent\n");
+            return -1;
+        }
+        // The request's source module and session come back; its flags field
+        // (the requesting client) tells the daemon where the response goes.
+        Common::SMessageHead request;
+        std::memcpy(&request, head, sizeof request);
+        const Common::SMessageHead response{request.sourceId, request.session, request.flags,
+                                            static_cast<unsigned short>(request.messageId | BusWire::kResponseBit),
+                                            length};
+        zmq::message_t frame;
+        if (!BuildFrame(__func__, frame, response, body, length))
+            return -1;
+        if (!Connected(*c) || !SendFrame(*c, std::move(frame))) {
+            BUS_LOG(0, "bus: no bus daemon at %s, response 0x%x dropped\n", c->endpoint.c_str(),
+                    response.messageId);
+            return -1;
+        }
+        return 0;
+    }
+
+    int Wait(K7X_MSG_HANDLE handle, int timeout) override
+    {
+        Client* c = Find(handle, __func__);
+        return c == nullptr ? -1 : ::Wait(*c, timeout);
+    }
+
+    bool QueryDogs(K7X_MSG_HANDLE handle, int timeout, std::string& text)
+    {
+        Client* c = Find(handle, __func__);
+        if (c == nullptr || !Connected(*c) || !SendCommand(*c, BusWire::kDogs, zmq::message_t(), false))
+            return false;
+        const long long deadline = BusWire::Now() + timeout;
+        for (long long left = timeout; text.empty() && left > 0; left = deadline - BusWire::Now())
+            if (::Wait(*c, static_cast<int>(left), &text) < 0)
+                break;
+        return !text.empty();
+    }
+};
+
+Daemon& TheDaemon()
+{
+    static Daemon daemon;
+    return daemon;
 }
 
 } // namespace
 
 namespace Common {
 
-K7X_MSG_HANDLE K7X_MSGCreateMessageClient(unsigned int clientType, const char* serverAddr, short port)
-{
-    if (g_recording)
-        return RecordingBus::K7X_MSGCreateMessageClient(clientType, serverAddr, port);
-    return Create(clientType, serverAddr, port);
-}
-
-void K7X_MSGDestroyMessageClient(K7X_MSG_HANDLE handle)
-{
-    if (g_recording)
-        return RecordingBus::K7X_MSGDestroyMessageClient(handle);
-    Destroy(handle);
-}
-
-int K7X_MSGEventRegister(K7X_MSG_HANDLE handle, int event, K7X_MSG_CALLBACK callback)
-{
-    if (g_recording)
-        return RecordingBus::K7X_MSGEventRegister(handle, event, callback);
-    Client* c = Find(handle, __func__);
-    if (c == nullptr)
-        return -1;
-    // Kept even when the daemon is away: it is told on reconnection.
-    c->receivers[event] = callback;
-    ReadMonitor(*c, 0);
-    if (c->connected)
-        SendCommand(*c, BusWire::kSub, Int32(event));
-    return 0;
-}
-
-int K7X_MSGEventUnRegister(K7X_MSG_HANDLE handle, int event)
-{
-    if (g_recording)
-        return RecordingBus::K7X_MSGEventUnRegister(handle, event);
-    Client* c = Find(handle, __func__);
-    if (c == nullptr)
-        return -1;
-    c->receivers.erase(event);
-    ReadMonitor(*c, 0);
-    if (c->connected)
-        SendCommand(*c, BusWire::kUnsub, Int32(event));
-    return 0;
-}
-
-int K7X_MSGSendMessage(K7X_MSG_HANDLE handle, int destination, int messageId, int session, const char* body,
-                       int length, int flags)
-{
-    if (g_recording)
-        return RecordingBus::K7X_MSGSendMessage(handle, destination, messageId, session, body, length, flags);
-    Client* c = Find(handle, __func__);
-    if (c == nullptr)
-        return -1;
-    if (destination < 0 || destination > 0xFFFF || messageId < 0 || messageId > 0xFFFF) {
-        BUS_LOG(0, "bus: destination %d or event 0x%x outside 16 bits, not sent\n", destination, messageId);
-        return -1;
-    }
-    // On the way to the daemon the flags field names the destination client;
-    // the daemon replaces it with the sender's client id.
-    const Common::SMessageHead head{flags, session, static_cast<unsigned short>(destination),
-                                    static_cast<unsigned short>(messageId), static_cast<unsigned int>(length)};
-    zmq::message_t frame;
-    if (!BuildFrame(__func__, frame, head, body, length))
-        return -1;
-    if (destination == 0 && messageId == BusWire::kDogRegister)
-        c->dogRecord.assign(static_cast<const char*>(frame.data()), frame.size());
-    else if (destination == 0 && messageId == BusWire::kDogUnregister)
-        c->dogRecord.clear();
-    CheckMonitor(*c);
-    if (!c->connected || !SendFrame(*c, std::move(frame))) {
-        BUS_LOG(0, "bus: no bus daemon at %s, event 0x%x dropped\n", c->endpoint.c_str(), messageId);
-        return -1;
-    }
-    return 0;
-}
-
-int K7X_MSGResponseMessage(K7X_MSG_HANDLE handle, SMessageHead* head, const char* body, unsigned int length)
-{
-    if (g_recording)
-        return RecordingBus::K7X_MSGResponseMessage(handle, head, body, length);
-    Client* c = Find(handle, __func__);
-    if (c == nullptr)
-        return -1;
-    if (head == nullptr) {
-        BUS_LOG(0, "bus: response without the request's header, not sent\n");
-        return -1;
-    }
-    // The request's source module and session come back; its flags field
-    // (the requesting client) tells the daemon where the response goes.
-    SMessageHead request;
-    std::memcpy(&request, head, sizeof request);
-    const SMessageHead response{request.sourceId, request.session, request.flags,
-                                static_cast<unsigned short>(request.messageId | BusWire::kResponseBit), length};
-    zmq::message_t frame;
-    if (!BuildFrame(__func__, frame, response, body, length))
-        return -1;
-    CheckMonitor(*c);
-    if (!c->connected || !SendCommand(*c, BusWire::kRsp, std::move(frame))) {
-        BUS_LOG(0, "bus: no bus daemon at %s, response 0x%x dropped\n", c->endpoint.c_str(), response.messageId);
-        return -1;
-    }
-    return 0;
-}
-
-int K7X_MSGWaitForEvent(K7X_MSG_HANDLE handle, int timeout)
-{
-    if (g_recording)
-        return RecordingBus::K7X_MSGWaitForEvent(handle, timeout);
-    Client* c = Find(handle, __func__);
-    return c == nullptr ? -1 : Wait(*c, timeout);
-}
+BusBackend& DaemonBus() { return TheDaemon(); }
 
 } // namespace Common
 
 namespace ToolkitHost {
 
-void UseRecordingBus(bool recording) { g_recording = recording; }
-
 bool QueryDogs(Common::K7X_MSG_HANDLE handle, int timeout, std::string& text)
 {
     text.clear();
-    Client* c = g_recording ? nullptr : Find(handle, __func__);
-    if (c == nullptr)
-        return false;
-    ReadMonitor(*c, 0);
-    if (!c->connected || !SendCommand(*c, BusWire::kDogs, zmq::message_t(), false))
-        return false;
-    Wait(*c, timeout, &text);
-    return !text.empty();
+    return TheDaemon().QueryDogs(handle, timeout, text);
 }
 
 } // namespace ToolkitHost

@@ -1,10 +1,12 @@
 // Host build of the support library's debug log: standard error, filtered by
-// the level threshold in TOOLKIT_LOG_LEVEL (default 0: errors only).
+// the level threshold in TOOLKIT_LOG_LEVEL (default 0: errors only), one line
+// per record.
 #include "ToolkitHost.h"
 
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 namespace {
 
@@ -36,7 +38,10 @@ void gclDebugPrintf(int level, const char* file, const char* function, int line,
     }
     if (level > Threshold())
         return;
-    std::fprintf(stderr, "[%d] %s:%s:%d: %s", level, file ? file : "", function ? function : "", line, text);
+    // One record, one line: a message without a line feed of its own gets one.
+    const size_t length = std::strlen(text);
+    const char* end = length == 0 || text[length - 1] != '\n' ? "\n" : "";
+    std::fprintf(stderr, "[%d] %s:%s:%d: %s%s", level, file ? file : "", function ? function : "", line, text, end);
 }
 
 } // namespace Common

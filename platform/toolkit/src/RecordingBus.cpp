@@ -1,7 +1,8 @@
 // The recording double of the bus, for unit tests of its users
 // (ToolkitHost::UseRecordingBus). Every call is recorded with its arguments;
 // messages reach a client only through ToolkitHost::DeliverMessage.
-#include "RecordingBus.h"
+#include "BusBackend.h"
+#include "ToolkitHost.h"
 
 #include <map>
 #include <mutex>
@@ -59,87 +60,97 @@ std::vector<unsigned char> Copy(const char* bytes, long long length)
     return std::vector<unsigned char>(begin, begin + length);
 }
 
-} // namespace
-
-namespace RecordingBus {
-
 using namespace Common;
 
-K7X_MSG_HANDLE K7X_MSGCreateMessageClient(unsigned int clientType, const char* serverAddr, short port)
-{
-    Bus& bus = TheBus();
-    std::lock_guard<std::mutex> lock(bus.mutex);
-    Client* client = nullptr;
-    if (!bus.createFails) {
-        client = new Client;
-        bus.clients.insert(client);
+class Recording : public BusBackend {
+public:
+    K7X_MSG_HANDLE Create(unsigned int clientType, const char* serverAddr, short port) override
+    {
+        Bus& bus = TheBus();
+        std::lock_guard<std::mutex> lock(bus.mutex);
+        Client* client = nullptr;
+        if (!bus.createFails) {
+            client = new Client;
+            bus.clients.insert(client);
+        }
+        ToolkitHost::BusCall call = Call("K7X_MSGCreateMessageClient", client, {clientType, port});
+        call.text = serverAddr ? serverAddr : "";
+        Record(bus, std::move(call));
+        return client;
     }
-    ToolkitHost::BusCall call = Call(__func__, client, {clientType, port});
-    call.text = serverAddr ? serverAddr : "";
-    Record(bus, std::move(call));
-    return client;
-}
 
-void K7X_MSGDestroyMessageClient(K7X_MSG_HANDLE handle)
-{
-    Bus& bus = TheBus();
-    std::lock_guard<std::mutex> lock(bus.mutex);
-    Record(bus, Call(__func__, handle, {}));
-    if (Client* client = Find(bus, handle)) {
-        bus.clients.erase(client);
-        delete client;
+    void Destroy(K7X_MSG_HANDLE handle) override
+    {
+        Bus& bus = TheBus();
+        std::lock_guard<std::mutex> lock(bus.mutex);
+        Record(bus, Call("K7X_MSGDestroyMessageClient", handle, {}));
+        if (Client* client = Find(bus, handle)) {
+            bus.clients.erase(client);
+            delete client;
+        }
     }
-}
 
-int K7X_MSGEventRegister(K7X_MSG_HANDLE handle, int event, K7X_MSG_CALLBACK callback)
+    int Register(K7X_MSG_HANDLE handle, int event, K7X_MSG_CALLBACK callback) override
+    {
+        Bus& bus = TheBus();
+        std::lock_guard<std::mutex> lock(bus.mutex);
+        if (Client* client = Find(bus, handle))
+            client->receivers[event] = callback;
+        ToolkitHost::BusCall call = Call("K7X_MSGEventRegister", handle, {event});
+        call.pointer = callback.object;
+        return Record(bus, std::move(call));
+    }
+
+    int Unregister(K7X_MSG_HANDLE handle, int event) override
+    {
+        Bus& bus = TheBus();
+        std::lock_guard<std::mutex> lock(bus.mutex);
+        if (Client* client = Find(bus, handle))
+            client->receivers.erase(event);
+        return Record(bus, Call("K7X_MSGEventUnRegister", handle, {event}));
+    }
+
+    int Send(K7X_MSG_HANDLE handle, int destination, int messageId, int session, const char* body, int length,
+             int flags) override
+    {
+        Bus& bus = TheBus();
+        std::lock_guard<std::mutex> lock(bus.mutex);
+        ToolkitHost::BusCall call =
+            Call("K7X_MSGSendMessage", handle, {destination, messageId, session, length, flags});
+        call.pointer = body;
+        call.body = Copy(body, length);
+        return Record(bus, std::move(call));
+    }
+
+    int Respond(K7X_MSG_HANDLE handle, SMessageHead* head, const char* body, unsigned int length) override
+    {
+        Bus& bus = TheBus();
+        std::lock_guard<std::mutex> lock(bus.mutex);
+        ToolkitHost::BusCall call = Call("K7X_MSGResponseMessage", handle, {length});
+        call.pointer = head;
+        call.body = Copy(body, length);
+        return Record(bus, std::move(call));
+    }
+
+    int Wait(K7X_MSG_HANDLE handle, int timeout) override
+    {
+        Bus& bus = TheBus();
+        std::lock_guard<std::mutex> lock(bus.mutex);
+        return Record(bus, Call("K7X_MSGWaitForEvent", handle, {timeout}));
+    }
+};
+
+} // namespace
+
+namespace Common {
+
+BusBackend& RecordingBus()
 {
-    Bus& bus = TheBus();
-    std::lock_guard<std::mutex> lock(bus.mutex);
-    if (Client* client = Find(bus, handle))
-        client->receivers[event] = callback;
-    ToolkitHost::BusCall call = Call(__func__, handle, {event});
-    call.pointer = callback.object;
-    return Record(bus, std::move(call));
+    static Recording recording;
+    return recording;
 }
 
-int K7X_MSGEventUnRegister(K7X_MSG_HANDLE handle, int event)
-{
-    Bus& bus = TheBus();
-    std::lock_guard<std::mutex> lock(bus.mutex);
-    if (Client* client = Find(bus, handle))
-        client->receivers.erase(event);
-    return Record(bus, Call(__func__, handle, {event}));
-}
-
-int K7X_MSGSendMessage(K7X_MSG_HANDLE handle, int destination, int messageId, int session, const char* body,
-                       int length, int flags)
-{
-    Bus& bus = TheBus();
-    std::lock_guard<std::mutex> lock(bus.mutex);
-    ToolkitHost::BusCall call = Call(__func__, handle, {destination, messageId, session, length, flags});
-    call.pointer = body;
-    call.body = Copy(body, length);
-    return Record(bus, std::move(call));
-}
-
-int K7X_MSGResponseMessage(K7X_MSG_HANDLE handle, SMessageHead* head, const char* body, unsigned int length)
-{
-    Bus& bus = TheBus();
-    std::lock_guard<std::mutex> lock(bus.mutex);
-    ToolkitHost::BusCall call = Call(__func__, handle, {length});
-    call.pointer = head;
-    call.body = Copy(body, length);
-    return Record(bus, std::move(call));
-}
-
-int K7X_MSGWaitForEvent(K7X_MSG_HANDLE handle, int timeout)
-{
-    Bus& bus = TheBus();
-    std::lock_guard<std::mutex> lock(bus.mutex);
-    return Record(bus, Call(__func__, handle, {timeout}));
-}
-
-} // namespace RecordingBus
+} // namespace Common
 
 namespace ToolkitHost {
 

@@ -12,6 +12,7 @@
 #define MSG_CLIENT_MANAGE_H
 
 #include "BSCommonExport.h"
+#include "BusWire.h"
 #include "CommonToolkit.h"
 
 #include <cstdint>
@@ -42,12 +43,8 @@ static_assert(sizeof(CallbackFun_t) == 3 * sizeof(void*), "object pointer and tw
 BSCOMMON_RECORD_SIZE(CallbackFun_t, 12);
 #endif
 
-/// The record that registers (message 6), feeds (3) and unregisters (7) the
-/// watchdog on the bus, sent from the start of the CMsgClientManage object.
-struct WatchDogInfo {
-    char dogName[32];      ///< 32 raw bytes of the name given to the constructor; all zero without a name.
-    unsigned int dogParam; ///< Passed through to the watchdog service unchanged.
-};
+// WatchDogInfo, the record that registers, feeds and unregisters the watchdog, is part of the
+// bus's wire (BusWire.h).
 BSCOMMON_RECORD_SIZE(WatchDogInfo, 36);
 
 /// The process's client of the message bus: the bus client, the watchdog and a

@@ -17,16 +17,14 @@
 
 namespace {
 
-// Message codes of the bus's watchdog service.
-const int kDogRegister = 6;
-const int kDogFeed = 3;
-const int kDogUnregister = 7;
+using BusWire::kDogFeed;
+using BusWire::kDogRegister;
+using BusWire::kDogUnregister;
+using BusWire::kResponseBit;
 
 const long long kFeedInterval = 9999; // feed when more than this has passed
 
-const int kHeadSize = static_cast<int>(sizeof(Common::SMessageHead));
-const unsigned int kBodyLengthMask = 0x7FFFFF;
-const unsigned int kResponseBit = 0x8000;
+const int kHeadSize = static_cast<int>(BusWire::kHeadSize);
 
 static_assert(sizeof(void (CMsgClientManage::*)(char const*, int)) == sizeof(CallbackFun_t::Method),
               "a pointer to member function is two words");
@@ -78,7 +76,7 @@ bool CallHandler(const CallbackFun_t& handler, char const* message, int length)
 CMsgClientManage::CMsgClientManage(char const* dogName, unsigned int dogParam)
     : dogInfo(), clientHandle(nullptr), handlerMap(), lastFeedTime(0), dogEnabled(false)
 {
-    clientHandle = Common::K7X_MSGCreateMessageClient(30u, "127.0.0.1", 0);
+    clientHandle = Common::K7X_MSGCreateMessageClient(BusWire::kClientType, "127.0.0.1", 0);
     if (clientHandle == nullptr) {
         MSG_LOG(0, "MSG_MANAGE: Create message handle failed\n");
         std::exit(1);
@@ -221,7 +219,7 @@ void CMsgClientManage::ReceiveMessageHandle(char const* message, int length)
     std::memcpy(&lengthWord, message + offsetof(Common::SMessageHead, length), sizeof lengthWord);
     const unsigned int event = messageId;
 
-    if (static_cast<long long>(lengthWord & kBodyLengthMask) + kHeadSize != length) {
+    if (static_cast<long long>(lengthWord & BusWire::kBodyMax) + kHeadSize != length) {
         MSG_LOG(0, "MSG_MANAGE: OnGetMsg, Invalid Parameter Length, event = 0x%x, length = %d!\n", event, length);
         return;
     }
