@@ -65,14 +65,6 @@ template <class R> std::unique_ptr<R> Sentinel()
 
 inline const unsigned char* Bytes(const void* record) { return static_cast<const unsigned char*>(record); }
 
-// The value of type T stored at byte `offset` of a record.
-template <class T> T At(const void* record, size_t offset)
-{
-    T value;
-    std::memcpy(&value, Bytes(record) + offset, sizeof value);
-    return value;
-}
-
 // True when the bytes [from, to) of a record still hold the sentinel.
 inline bool Untouched(const void* record, size_t from, size_t to)
 {
@@ -80,13 +72,6 @@ inline bool Untouched(const void* record, size_t from, size_t to)
         if (Bytes(record)[i] != kSentinel)
             return false;
     return true;
-}
-
-// The text of a fixed-size field, up to its first NUL or its end.
-inline std::string Text(const void* record, size_t offset, size_t size)
-{
-    const char* at = reinterpret_cast<const char*>(Bytes(record) + offset);
-    return std::string(at, strnlen(at, size));
 }
 
 // A field expected at a byte offset: a little-endian integer of `size` bytes
@@ -105,11 +90,6 @@ inline FieldValue Zeros(size_t from, size_t to) { return {from, to - from, 0}; }
 inline FieldValue Kept(size_t from, size_t to) { return {from, to - from, 0, {}, true}; }
 
 template <class T> std::vector<T> operator+(std::vector<T> a, const std::vector<T>& b)
-{
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-template <class T> std::vector<T>& operator+=(std::vector<T>& a, const std::vector<T>& b)
 {
     a.insert(a.end(), b.begin(), b.end());
     return a;

@@ -10,7 +10,6 @@
 #include <cmath>
 #include <cstdio>
 #include <limits>
-#include <map>
 #include <random>
 
 using paratest::DocText;
@@ -68,8 +67,6 @@ TEST(MdvrParam, CommandsPrintFieldsWithOffsetTypeAndValue)
         // GE = 1, NE, CE, SID = 0, then "0123..." from offset 4; NAI 3600 little-endian at 68.
         {"show --format hex --section ATP -", kSmall,
          {"  000000  01 00 00 00 30 31 32 33 34 35 36 37 38 39 30 31  |....012345678901|\n", "  000040  30 31 32 33 10 0e"}},
-        {"layout TIMEP", "", {"struct tag_MsgTimeSetting {", "/* XXX 5 bytes reserved at 27 (reserved1): not written */",
-                              "u8        SWEEK_SWIND;                 /*     33     1 */  DST.{SWEEK,SWIND}", "/* size: 52 */"}},
         {"show " + ExampleFile(), "", {"!() = -1"}},
     };
     for (const auto& c : cases) {
@@ -78,13 +75,18 @@ TEST(MdvrParam, CommandsPrintFieldsWithOffsetTypeAndValue)
         for (const std::string& piece : c.pieces)
             EXPECT_EQ(Has(r.out, piece.substr(piece[0] == '!')), piece[0] != '!') << c.args << ": " << piece << "\nin:\n" << r.out;
     }
-    EXPECT_EQ(Tool("layout 0").out, Tool("layout ATP").out);
+    EXPECT_EQ(Tool("layout 0").out, Tool("layout ATP").out); // the whole layout: the golden file
 
+    const std::string twelve = R"({"PARAMETER":{"MDVR":{"HMIP":{"HM":[0,1,2,3,4,5,6,7,8,9,10,11]}}}})";
     const Json::Value shown = paratest::Json(Tool("show --format json -", kSmall).out);
+    const Json::Value hm = paratest::Json(Tool("show --format json -", twelve).out)["HMIP"]["HM"];
     EXPECT_EQ(shown["ATP"]["NAI"].asUInt(), 3600u);
     EXPECT_EQ(shown["TIMEP"]["TIMEOFFSET"].asUInt(), 4294966816u);
     EXPECT_EQ(shown["TIMEP"]["TIMEZ"].asString(), "GMT+08");
     EXPECT_FALSE(shown["TIMEP"].isMember("reserved0"));
+    ASSERT_EQ(hm.size(), 12u) << hm;
+    for (Json::ArrayIndex i = 0; i < 12; ++i)
+        EXPECT_EQ(hm[i].asUInt(), i) << hm;
 }
 
 TEST(MdvrParam, CheckReportsEachKindOfLoss)
@@ -113,12 +115,16 @@ TEST(MdvrParam, CheckReportsEachKindOfLoss)
         {DocText("TIMEP", R"({"DST":{"SWEEK":17,"SWIND":256}})"),
          {"MDVR.TIMEP.DST.SWEEK: only the low 4 bits of 17 are packed: stores 1\n",
           "MDVR.TIMEP.DST.SWIND: only the low 4 bits of 256 are packed: stores 0\n"}},
+        {DocText("PGDS", R"({"PLDS":{"CD":40000,"CA":-32768}})"),
+         {"MDVR.PGDS.PLDS.CD: value 40000 does not fit i16: stores -25536\n"}},
+        {DocText("1", R"({"DATEM":1})"), {"MDVR.1: section not read by any parser of this library\n"}},
         {R"({"PARAMETER":{"MDVR":{"ATP":{"GE":1,"NS":"pool.ntp.org"},"TIMEP":{"DST":{"SWEEK":1}}}}})", {}},
         {Slurp(ExampleFile()), {}},
     };
     for (const auto& c : cases) {
         const Outcome r = Tool("check -", c.doc);
         EXPECT_EQ(r.status, c.lines.empty() ? 0 : 1) << r.out << r.err;
+        EXPECT_EQ(std::count(r.out.begin(), r.out.end(), '\n'), long(std::max<size_t>(c.lines.size(), 1))) << r.out;
         for (const char* line : c.lines)
             EXPECT_TRUE(Has(r.out, line)) << line << "\nin:\n" << r.out;
     }
@@ -173,13 +179,16 @@ std::string Differences(const std::vector<para::FieldInfo>& layout, const void* 
 
 // Fills every field that a parser writes: random bytes (texts included: any
 // bytes decode to a string that stores them again), finite floats; reserved
-// runs and padding stay zero, as in a record the parser fills from zero.
-// Round 0 leaves every field zero, round 1 sets every bit.
+// runs keep their bytes. Round 0 sets every field zero, round 1 every bit.
 void Fill(unsigned char* bytes, const std::vector<para::FieldInfo>& layout, int round, std::mt19937& rng)
 {
     for (const para::FieldInfo& f : layout) {
-        if (f.kind == para::Kind::Reserved || round == 0)
+        if (f.kind == para::Kind::Reserved)
             continue;
+        if (round == 0) {
+            std::memset(bytes + f.offset, 0, f.size);
+            continue;
+        }
         if (f.kind == para::Kind::Float) {
             float v = round == 1 ? std::numeric_limits<float>::max() : std::numeric_limits<float>::quiet_NaN();
             while (!std::isfinite(v)) {
@@ -194,14 +203,16 @@ void Fill(unsigned char* bytes, const std::vector<para::FieldInfo>& layout, int 
     }
 }
 
-// Random record -> decoded document as printed -> parser -> the same bytes.
+// Random record -> decoded document as printed -> parser -> the same bytes,
+// over a record of the sentinel: every field is read from its key, and no
+// reserved byte is written.
 void RoundTrip(const para::Type& t)
 {
     std::mt19937 rng(unsigned(t.type) * 7919u + 1u);
     const para::Record& record = *t.parser.record;
     const std::vector<para::FieldInfo> layout = para::Layout(record);
     for (int round = 0; round < 24; ++round) {
-        std::vector<unsigned char> original(record.size), back(record.size);
+        std::vector<unsigned char> original(record.size, paratest::kSentinel), back(original);
         Fill(original.data(), layout, round, rng);
         Json::Value doc;
         doc["PARAMETER"]["MDVR"][t.key] =
@@ -221,50 +232,6 @@ TEST(MdvrParamDecode, EveryRecordComesBackFromItsDecodedDocument)
     for (const para::Type& t : para::kTypes)
         RoundTrip(t);
     EXPECT_EQ(para::kTypeCount, 52); // every parameter type has its parser
-}
-
-TEST(MdvrParamDecode, ConversionStepsWriteWhatTheyRead)
-{
-    // Every 16-bit value of the decimal-text steps comes back; the texts of
-    // values that need care: hundredths that decimal text multiplied back in
-    // binary falls short of (0.29 V).
-    const std::map<unsigned, std::string> texts = {
-        {0, "0.00"}, {1150, "11.50"}, {29, "0.295"}, {65535, "655.35"}, {7, "0.07"}};
-    using paratest::StepField;
-    const para::Field& uv = StepField(para::Describe<tag_MsgVoltageProtectSetting>::record, "UV");
-    const para::Field& tx = StepField(para::Describe<tag_msgAccelAlarmSetting>::record, "TX");
-    for (unsigned value = 0; value <= 0xFFFF; ++value) {
-        Json::Value object;
-        const unsigned char field[2] = {static_cast<unsigned char>(value), static_cast<unsigned char>(value >> 8)};
-        unsigned char volts[2] = {}, tenths[2] = {};
-        para::VoltageText::Write(field, uv, object);
-        EXPECT_TRUE(!texts.count(value) || object["UV"].asString() == texts.at(value)) << object["UV"].asString();
-        para::VoltageText::Read(object, uv, volts);
-        ASSERT_EQ(std::memcmp(volts, field, 2), 0) << object["UV"].asString();
-        para::TenthsText::Write(field, tx, object);
-        para::TenthsText::Read(object, tx, tenths);
-        ASSERT_EQ(std::memcmp(tenths, field, 2), 0) << object["TX"].asString();
-    }
-
-    const para::Field& nibbles = StepField(para::Describe<tag_MsgTimeSetting>::record, "SWEEK,SWIND");
-    for (unsigned byte = 0; byte < 256; ++byte) {
-        Json::Value object;
-        const unsigned char field = static_cast<unsigned char>(byte);
-        unsigned char back = 0;
-        para::PackNibbles::Write(&field, nibbles, object);
-        EXPECT_EQ(object["SWEEK"].asUInt(), byte >> 4);
-        para::PackNibbles::Read(object, nibbles, &back);
-        ASSERT_EQ(back, byte);
-    }
-
-    const para::Field& macField = StepField(para::Describe<tag_MsgKeySetting>::record, "MAC");
-    const unsigned char mac[6] = {0x00, 0x1a, 0x2b, 0xc3, 0xd4, 0xff};
-    Json::Value object;
-    para::MacText::Write(mac, macField, object);
-    EXPECT_EQ(object["MAC"].asString(), "00:1A:2B:C3:D4:FF");
-    unsigned char back[6] = {};
-    para::MacText::Read(object, macField, back);
-    EXPECT_EQ(std::memcmp(back, mac, 6), 0);
 }
 
 TEST(MdvrParamDecode, EncodeDecodeEncodeGivesTheSameBytesAndNamesWhatNoDocumentGives)
@@ -339,6 +306,8 @@ TEST(MdvrParamDiff, ListsEveryStoredFieldThatDiffers)
          R"({"PARAMETER":{"MDVR":{"HMIP":{"HM":[1,2,3]}}}})",
          R"({"PARAMETER":{"MDVR":{"HMIP":{"HM":[1,5]},"ATP":{"GE":1}}}})",
          "ATP: ParseAdjustTimeParamJson() = -1 -> 0\nHMIP.HM[1]: 2 -> 5\nHMIP.HM[2]: 3 -> 0\n", 1},
+        {"fields in offset order", DocText("SAP", R"({"APR":{"L":1,"SU":2}})"), DocText("SAP", R"({"APR":{"L":3,"SU":4}})"),
+         "SAP.APR.SU: 2 -> 4\nSAP.APR.L: 1 -> 3\n", 1},
     };
     for (const auto& c : cases) {
         std::ofstream(b) << c.b;
@@ -420,6 +389,11 @@ TEST(MdvrParamSchema, ExampleIsValidAndPlantedFaultsAreRejectedWhereCheckReports
         {DocText("RP", R"({"RCP":[{"RM":1,"RSI":[[{"S":-1}]]}]})"), "minimum MDVR.RP.RCP[0].RSI[0][0].S",
          "MDVR.RP.RCP[0].RSI[0][0].S: negative value -1"},
         {DocText("VPP", R"({"LV":12})"), "type MDVR.VPP.LV", "MDVR.VPP.LV: not text"},
+        {DocText("PGDS", R"({"PLDS":{"CD":-32768,"CA":32767}})"), "valid", ""},
+        {DocText("PGDS", R"({"PLDS":{"CD":-32769}})"), "minimum MDVR.PGDS.PLDS.CD",
+         "MDVR.PGDS.PLDS.CD: value -32769 does not fit i16"},
+        {DocText("PGDS", R"({"PLDS":{"CA":32768}})"), "maximum MDVR.PGDS.PLDS.CA",
+         "MDVR.PGDS.PLDS.CA: value 32768 does not fit i16"},
     };
     std::vector<std::string> docs;
     for (const auto& c : cases)
