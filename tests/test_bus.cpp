@@ -270,6 +270,26 @@ TEST_F(Bus, ReportsAWatchdogOnceWhenItLapsesAndAgainWhenItIsFed)
     EXPECT_EQ(Dogs(), "[]");
 }
 
+// A watchdog message whose body is not exactly the watchdog record, shorter
+// or longer, registers nothing.
+TEST_F(Bus, IgnoresAWatchdogRecordOfAnotherLength)
+{
+    CMsgClientManage client(nullptr, 0);
+    for (const std::string name : {"short-body", "long-body", "exact-body"}) {
+        std::string record = name;
+        record.resize(32, '\0');
+        record += std::string("\x2c\x01\0\0", 4); // a timeout of 300 ms
+        record.resize(record.size() + (name[0] == 'l') - (name[0] == 's'), 'x');
+        EXPECT_EQ(Send(client, BusWire::kDogRegister, record), 0) << name;
+    }
+    // One client's messages are handled in order: the last one is there when
+    // the others have been handled.
+    std::string dogs;
+    ASSERT_TRUE(Pump({&client}, 2000, [&] { return (dogs = Dogs()).find("exact-body") != std::string::npos; }));
+    EXPECT_EQ(dogs.find("short-body"), std::string::npos) << dogs;
+    EXPECT_EQ(dogs.find("long-body"), std::string::npos) << dogs;
+}
+
 TEST_F(Bus, ClientsComeBackAfterADaemonRestartAndWhatWasSentMeanwhileIsLost)
 {
     char name[32] = "restart-test";

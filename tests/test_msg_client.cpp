@@ -35,10 +35,15 @@ struct Handler : First, Second { // overrides both virtual handlers
     HANDLER(void, Virtual, "Handler::Virtual") HANDLER(void, Virtual2, "Handler::Virtual2")
 };
 typedef void (Handler::*Method)(const char*, int);
-// Removes modules 1 and 2 of event 0x43 while a message for it is delivered.
+// Removes modules 1 to `last` of event 0x43 while a message for it is delivered.
 struct Unregisterer {
     CMsgClientManage* client;
-    void Handle(const char*, int) { client->MSGEventUnRegister(1, 0x43), client->MSGEventUnRegister(2, 0x43); }
+    int last;
+    void Handle(const char*, int)
+    {
+        for (int id = 1; id <= last; ++id)
+            client->MSGEventUnRegister(id, 0x43);
+    }
 };
 
 CallbackFun_t Record(void* object, Method method)
@@ -218,6 +223,7 @@ TEST_F(MsgClient, DeliversRequestsToAllInModuleOrderAndResponsesToTheirModule)
     Created();
     Handler h;
     client.MSGEventRegister(30, 0x42, &h, &First::Virtual);
+    client.MSGEventRegister(10, 0x42, &h, &Second::Virtual2); // replaced by the next
     client.MSGEventRegister(10, 0x42, &h, &First::Plain);
     client.MSGEventRegister(20, 0x42, &h, &Second::Plain2);
     CallbackFun_t nullObject = Record(nullptr, &First::Plain), nullFunction = Record(&h, nullptr);
@@ -245,14 +251,39 @@ TEST_F(MsgClient, DeliversRequestsToAllInModuleOrderAndResponsesToTheirModule)
                                             : Texts{});
     }
 
-    Unregisterer u{&client};
-    client.MSGEventRegister(1, 0x43, &u, &Unregisterer::Handle);
-    client.MSGEventRegister(2, 0x43, &h, &First::Plain);
-    client.MSGEventRegister(3, 0x43, &h, &Second::Plain2);
-    g_hits.clear();
-    Message changing(0, 0, 0x43, 0);
-    ASSERT_TRUE(Deliver(changing));
-    EXPECT_EQ(Called(), Texts{"Second::Plain2"});
+    // A handler that removes later modules, or the whole event.
+    for (int last : {2, 3}) {
+        Unregisterer u{&client, last};
+        client.MSGEventRegister(1, 0x43, &u, &Unregisterer::Handle);
+        client.MSGEventRegister(2, 0x43, &h, &First::Plain);
+        client.MSGEventRegister(3, 0x43, &h, &Second::Plain2);
+        g_hits.clear();
+        ToolkitHost::ClearBusCalls();
+        Message changing(0, 0, 0x43, 0);
+        ASSERT_TRUE(Deliver(changing));
+        EXPECT_EQ(Called(), last == 2 ? Texts{"Second::Plain2"} : Texts{});
+        EXPECT_EQ(BusFunctions(), last == 2 ? Texts{} : Texts{"K7X_MSGEventUnRegister"});
+        client.MSGEventUnRegister(3, 0x43);
+    }
+}
+
+TEST_F(MsgClient, ForwardsSendsResponsesAndWaitsWithTheirArgumentsWhole)
+{
+    CMsgClientManage client(nullptr, 0);
+    ToolkitHost::ClearBusCalls();
+    ToolkitHost::SetBusResult("K7X_MSGResponseMessage", 7);
+    const std::vector<char> body(70000, 'r'); // longer than 16 bits
+    Common::SMessageHead head{3, 4, 0, 0x8042, 0};
+    EXPECT_EQ(client.MSGSendMessage(2, 0x42, 9, body.data(), 70000, 1), 0);
+    EXPECT_EQ(client.MSGResponseMessage(&head, body.data(), 70000), 7);
+    EXPECT_EQ(client.MSGWaitForEvent(4000000000u), 0);
+    const std::vector<BusCall> calls = ToolkitHost::BusCalls();
+    EXPECT_EQ(BusFunctions(), (Texts{"K7X_MSGSendMessage", "K7X_MSGResponseMessage", "K7X_MSGWaitForEvent"}));
+    EXPECT_EQ(calls.at(0).numbers, (Numbers{2, 0x42, 9, 70000, 1}));
+    EXPECT_EQ(calls.at(1).numbers, Numbers{70000});
+    EXPECT_EQ(calls.at(1).pointer, &head);
+    EXPECT_EQ(calls.at(1).body.size(), 70000u);
+    EXPECT_EQ(calls.at(2).numbers, Numbers{static_cast<int>(4000000000u)});
 }
 
 TEST_F(MsgClient, DropsAMessageWhoseLengthDisagreesWithItsHeader)
