@@ -95,21 +95,6 @@ template <class T> std::vector<T> operator+(std::vector<T> a, const std::vector<
     return a;
 }
 
-// `fields` moved to entries [0, count) of an array at `base` with `stride`;
-// in entry i each value grows by step * i.
-inline Fields Entries(const Fields& fields, size_t base, size_t stride = 0, size_t count = 1,
-                      unsigned long long step = 0)
-{
-    Fields out;
-    for (size_t i = 0; i < count; ++i)
-        for (FieldValue f : fields) {
-            f.offset += base + stride * i;
-            f.value += step * i;
-            out.push_back(f);
-        }
-    return out;
-}
-
 // The record's bytes as expected: the sentinel with `fields` laid over it in
 // order, a later field overriding an earlier one.
 inline std::string Image(size_t size, const Fields& fields)
@@ -145,21 +130,16 @@ inline void ExpectFields(const void* record, size_t size, const Fields& fields, 
         }
 }
 
-// A JSON array of n copies of `element`, each "%" replaced by first + the index.
-inline std::string List(const std::string& element, size_t n, size_t first = 0)
+// A JSON array of n copies of `element`.
+inline std::string List(const std::string& element, size_t n)
 {
-    std::string list = "[";
-    for (size_t i = 0; i < n; ++i) {
-        std::string e = element;
-        for (size_t at; (at = e.find('%')) != std::string::npos;)
-            e.replace(at, 1, std::to_string(first + i));
-        list += (i ? "," : "") + e;
-    }
+    std::string list = "[" + element;
+    for (size_t i = 1; i < n; ++i)
+        list += "," + element;
     return list + "]";
 }
 
-// A captured log line as (function, message).
-typedef std::pair<std::string, std::string> Line;
+typedef std::pair<std::string, std::string> Line; // a captured log line: function, message
 typedef std::vector<Line> Lines;
 
 // The captured lines, each of which must be an error of the adapter's source.

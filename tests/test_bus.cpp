@@ -275,12 +275,9 @@ TEST_F(Bus, ReportsAWatchdogOnceWhenItLapsesAndAgainWhenItIsFed)
 TEST_F(Bus, IgnoresAWatchdogRecordOfAnotherLength)
 {
     CMsgClientManage client(nullptr, 0);
-    for (const std::string name : {"short-body", "long-body", "exact-body"}) {
-        std::string record = name;
-        record.resize(32, '\0');
-        record += std::string("\x2c\x01\0\0", 4); // a timeout of 300 ms
-        record.resize(record.size() + (name[0] == 'l') - (name[0] == 's'), 'x');
-        EXPECT_EQ(Send(client, BusWire::kDogRegister, record), 0) << name;
+    for (const std::string name : {"short-body", "long-body", "exact-body"}) { // 300 ms each
+        const std::string record = name + std::string(32 - name.size(), '\0') + std::string("\x2c\x01\0\0x", 5);
+        EXPECT_EQ(Send(client, BusWire::kDogRegister, record.substr(0, 35 + (name[0] != 's') + (name[0] == 'l'))), 0);
     }
     // One client's messages are handled in order: the last one is there when
     // the others have been handled.

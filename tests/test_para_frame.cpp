@@ -9,6 +9,7 @@
 #include <map>
 #include <cstdlib>
 #include <new>
+#include <regex>
 #include <set>
 
 using namespace paratest;
@@ -42,8 +43,6 @@ const ReaderCase kReaderCases[] = {
     {"true", ST::U32, 9, "9", -1},
     {"null", ST::U32, 9, "9", -1},
     {"[1]", ST::U32, 9, "9", -1},
-    {"{}", ST::U32, 9, "9", -1},
-    {nullptr, ST::U32, 9, "9", -1},
     {"4294967295", ST::I32, -3, "-1", 0},
     {"2147483648", ST::I32, -3, "-2147483648", 0},
     {"-2147483648", ST::I32, -3, "-2147483648", 0},
@@ -75,7 +74,6 @@ const ReaderCase kReaderCases[] = {
     {"\"12.25V\"", ST::F32, 3, "12.25", 0}, // text converted like atof
     {"\"abc\"", ST::F32, 3, "0", 0},
     {"true", ST::F32, 3, "3", -1},
-    {"[1]", ST::F32, 3, "3", -1},
     {nullptr, ST::F32, 3, "3", -1},
 };
 
@@ -95,15 +93,12 @@ template <class T> int Read(const Json::Value& v, T& dst, T def) { return GetJso
 // A stored value as a number; plain char as its bits, signed.
 template <class T> std::string Shown(T v)
 {
-    if constexpr (std::is_floating_point_v<T>) {
-        char text[32];
-        std::snprintf(text, sizeof text, "%g", double(v));
-        return text;
-    } else if constexpr (std::is_same_v<T, char> || std::is_signed_v<T>) {
-        return std::to_string(static_cast<long long>(static_cast<std::make_signed_t<T>>(v)));
-    } else {
-        return std::to_string(static_cast<unsigned long long>(v));
-    }
+    std::ostringstream out;
+    if constexpr (sizeof(T) == 1)
+        out << (std::is_same_v<T, unsigned char> ? int(v) : int(static_cast<signed char>(v)));
+    else
+        out << v;
+    return out.str();
 }
 
 } // namespace
@@ -138,29 +133,20 @@ TEST_P(JsonReaders, StoreReturnAndLogAsTheReaderOfTheType)
 }
 INSTANTIATE_TEST_SUITE_P(EdgeCases, JsonReaders, ::testing::ValuesIn(kReaderCases));
 
-TEST(TextReader, CopiesExactlyTheFieldSize)
+// What texts store, every text field of the round trips and array reads
+// shows; here the results and the bytes at the field's edges.
+TEST(TextReader, CopiesUpToTheFieldSizeAndZerosAnythingElse)
 {
-    const struct {
-        Json::Value value;
-        std::string field; // all 32 bytes
-        int result;
-    } cases[] = {{Json::Value(std::string(40, 'x')), std::string(32, 'x'), 0},
-                 {Json::Value(std::string(31, 'z')), std::string(31, 'z') + '\0', 0},
-                 {Json::Value(std::string("a\0b", 3)), std::string("a\0b", 3) + std::string(29, '\0'), 0},
-                 {Json::Value(""), std::string(32, '\0'), 0},
-                 {Json::Value(12), std::string(32, '\0'), -1},
-                 {Json::Value(Json::objectValue), std::string(32, '\0'), -1},
-                 {Json::Value(), std::string(32, '\0'), -1}};
-    for (const auto& c : cases) {
-        unsigned char buffer[34]; // a guard byte on each side
-        std::memset(buffer, kSentinel, sizeof buffer);
-        EXPECT_EQ(GetJsonCString(c.value, buffer + 1, 32), c.result) << c.value;
-        EXPECT_EQ(std::string(reinterpret_cast<char*>(buffer + 1), 32), c.field) << c.value;
-        EXPECT_TRUE(Untouched(buffer, 0, 1) && Untouched(buffer, 33, 34)) << c.value;
-    }
-    char untouched = 'u';
-    EXPECT_EQ(GetJsonCString(Json::Value("t"), &untouched, 0), -1);
-    EXPECT_EQ(untouched, 'u');
+    unsigned char b[6];
+    const auto read = [&](const Json::Value& v, int size) {
+        std::memset(b, kSentinel, sizeof b);
+        const int result = GetJsonCString(v, b, size);
+        return std::make_pair(result, std::string(reinterpret_cast<char*>(b), sizeof b));
+    };
+    EXPECT_EQ(read(Json::Value("abcdefg"), 4), std::make_pair(0, std::string("abcd\xA5\xA5")));
+    EXPECT_EQ(read(Json::Value(std::string("a\0b", 3)), 5), std::make_pair(0, std::string("a\0b\0\0\xA5", 6)));
+    EXPECT_EQ(read(Json::Value(12), 5), std::make_pair(-1, std::string("\0\0\0\0\0\xA5", 6)));
+    EXPECT_EQ(read(Json::Value("t"), 0), std::make_pair(-1, std::string(6, char(kSentinel))));
 }
 
 // ---------------------------------------------------------------------------
@@ -171,13 +157,9 @@ TEST(Dispatcher, BoundariesAndTheirMessages)
     const struct {
         int type;
         const char* message; // nullptr: the parser ran
-    } cases[] = {{0, nullptr},
-                 {52, "Unrealized parameter: 52!!!\n"},
-                 {60, "Unrealized parameter: 60!!!\n"},
-                 {61, "Error parameter type: 61!!!\n"},
-                 {INT_MAX, "Error parameter type: 2147483647!!!\n"},
-                 {-1, "Unrealized parameter: -1!!!\n"},
-                 {INT_MIN, "Unrealized parameter: -2147483648!!!\n"}};
+    } cases[] = {{0, nullptr}, {52, "Unrealized parameter: 52!!!\n"}, {60, "Unrealized parameter: 60!!!\n"},
+                 {61, "Error parameter type: 61!!!\n"}, {INT_MAX, "Error parameter type: 2147483647!!!\n"},
+                 {-1, "Unrealized parameter: -1!!!\n"}, {INT_MIN, "Unrealized parameter: -2147483648!!!\n"}};
     for (const auto& c : cases) {
         auto record = Sentinel<tag_MsgAdjustTimeSetting>();
         LogCapture log;
@@ -192,11 +174,8 @@ TEST(Dispatcher, BoundariesAndTheirMessages)
 // absent or null section with -1, writes nothing and logs its line or nothing.
 TEST(Dispatcher, EmptyOrAbsentSectionOfEveryType)
 {
-    const std::map<int, std::string> logs = {{0, "empty param json: ATP\n"},
-                                             {1, "empty param json: TIMEP\n"},
-                                             {2, "empty param json : AREA!\n"},
-                                             {3, "empty param json : GS!\n"},
-                                             {4, "empty param json : GSP!\n"}};
+    const std::map<int, std::string> logs = {{0, "empty param json: ATP\n"}, {1, "empty param json: TIMEP\n"},
+        {2, "empty param json : AREA!\n"}, {3, "empty param json : GS!\n"}, {4, "empty param json : GSP!\n"}};
     const Json::Value example = paratest::Json(Slurp(ExampleFile()));
     ASSERT_EQ(para::kTypeCount, 52);
     for (const para::Type& t : para::kTypes) {
@@ -246,27 +225,6 @@ TEST(ParseJsonMessage, BodyAfterTheHeaderOrNothing)
 // ---------------------------------------------------------------------------
 // Properties of every registered record description.
 
-// The walk matches members to keys in one pass over the sorted members: each
-// must find exactly the member of that name among any number of others.
-TEST(RecordDescriptions, MembersAreFoundByExactNameInObjectsOfAnySize)
-{
-    for (int extra : {0, 5, 40, 200}) {
-        Json::Value section(Json::objectValue);
-        for (int i = 0; i < extra; ++i)
-            section["X" + std::to_string(i)] = i;
-        section["G"] = 7;                     // a prefix of a key
-        section["GEX"] = 8;                   // a key is a prefix of it
-        section[std::string("NE\0x", 4)] = 9; // equal up to an embedded NUL
-        section["CE"] = 300;
-        section["\xC3\xA9"] = 1;              // sorts after every key as unsigned bytes
-        Json::Value doc;
-        doc["PARAMETER"]["MDVR"]["ATP"] = section;
-        auto r = Sentinel<tag_MsgAdjustTimeSetting>();
-        ASSERT_EQ(ParseAdjustTimeParamJson(doc, *r), 0) << extra;
-        ExpectFields(r.get(), sizeof *r, {Zeros(0, 70), {2, 1, 44}}, std::to_string(extra) + " other members");
-    }
-}
-
 TEST(RecordDescriptions, FieldsTileEveryRecordExactly)
 {
     for (const para::Type& t : para::kTypes) {
@@ -285,14 +243,9 @@ TEST(RecordDescriptions, FieldsTileEveryRecordExactly)
 
 namespace {
 
-// An array field of a record, found by the tools' walk over its table, with
-// element 0 of every enclosing array.
-struct ArrayField {
-    const para::Field* field;
-    std::string keys; // for the trace
-    size_t offset;    // of the array in the section's record
-};
-
+// The array fields of a record with their places, found by the tools' walk
+// over its table, in element 0 of every enclosing array.
+typedef std::pair<const para::Field*, para::Place> ArrayField;
 std::vector<ArrayField> ArrayFields(const para::Record& record)
 {
     struct Arrays : para::Visitor {
@@ -300,7 +253,7 @@ std::vector<ArrayField> ArrayFields(const para::Record& record)
         unsigned Array(const para::Field& f, const para::Place& p, unsigned dim)
         {
             if (dim == 0)
-                found.push_back({&f, p.keys, p.offset});
+                found.push_back({&f, p});
             return 1;
         }
     } arrays;
@@ -333,7 +286,7 @@ Json::Value ListOf(const para::Field& f, const int (&n)[2], int hole = -1, bool 
 // (with 64 guard bytes), and what it logs.
 std::pair<std::vector<unsigned char>, Lines> ReadArray(const para::Type& t, const ArrayField& a, const Json::Value& value)
 {
-    const para::Field& f = *a.field;
+    const para::Field& f = *a.first;
     std::vector<unsigned char> record(t.parser.record->size + 64, kSentinel);
     Json::Value object;
     if (f.flags & para::Field::kSelf)
@@ -341,7 +294,7 @@ std::pair<std::vector<unsigned char>, Lines> ReadArray(const para::Type& t, cons
     else
         object[std::string(f.key, f.length)] = value;
     LogCapture log;
-    para::ReadEntry(f, object, record.data() + a.offset - f.offset);
+    para::ReadEntry(f, object, record.data() + a.second.offset - f.offset);
     return {record, Logged(log)};
 }
 
@@ -357,14 +310,15 @@ TEST(RecordDescriptions, ArraysAreReadWithinTheirBounds)
     std::set<std::string> shapes;
     for (const para::Type& t : para::kTypes)
         for (const ArrayField& a : ArrayFields(*t.parser.record)) {
-            const para::Field& f = *a.field;
-            SCOPED_TRACE(std::string(t.key) + " " + a.keys);
+            const para::Field& f = *a.first;
+            const size_t offset = a.second.offset;
+            SCOPED_TRACE(std::string(t.key) + " " + a.second.keys);
             shapes.insert(std::to_string(int(f.op)) + "." + std::to_string(f.dims()) +
                           ((f.flags & para::Field::kSelf) ? " self" : ""));
             const int c0 = f.count[0], c1 = f.count[1];
             const auto bound = ReadArray(t, a, ListOf(f, {c0, c1}));
-            const size_t end = a.offset + size_t(c0) * f.stride(0);
-            EXPECT_TRUE(Untouched(bound.first.data(), 0, a.offset) &&
+            const size_t end = offset + size_t(c0) * f.stride(0);
+            EXPECT_TRUE(Untouched(bound.first.data(), 0, offset) &&
                         Untouched(bound.first.data(), end, bound.first.size()));
             EXPECT_TRUE(ReadArray(t, a, ListOf(f, {c0 + 1, c1})) == bound);
             EXPECT_TRUE(ReadArray(t, a, ListOf(f, {c0 + 1, c1}, 1)) == ReadArray(t, a, ListOf(f, {c0, c1}, 1, true)));
@@ -384,23 +338,20 @@ TEST(RecordDescriptions, ArraysAreReadWithinTheirBounds)
         EXPECT_EQ(shapes.count(s), 1u) << "no array of shape " << s;
 }
 
-TEST(RecordDescriptions, NoExceptionForAnyShapeAtAnyLevel)
+// No value of any kind at any key makes a section's walk fail: a present,
+// non-empty section is always read (the walk's guard would turn an exception
+// into -1).
+TEST(RecordDescriptions, AnyKindOfValueAtAnyKeyIsRead)
 {
     const char* kinds[] = {"null", "true", "0", "-1", "1.5", "\"t\"", "[]", "[1]", "[[1]]", "{}", "{\"X\":1}", "[{}]"};
+    const std::regex laterIndex(R"(\[([2-9]|\d\d))"); // indices are folded to [0] and [1]
     for (const para::Type& t : para::kTypes) {
-        // Every distinct key path of the record ("RCP[0].RSI[1]" and its
-        // prefixes), indices folded to [0] and [1].
-        std::set<std::string> prefixes;
+        std::set<std::string> prefixes; // every key path ("RCP[0].RSI[1]") and its prefixes
         for (const para::FieldInfo& f : para::Layout(*t.parser.record))
             for (size_t n = 0; f.kind != para::Kind::Reserved && n <= f.keys.size(); ++n)
-                if (n == f.keys.size() || f.keys[n] == '.' || f.keys[n] == '[') {
-                    const std::string prefix = f.keys.substr(0, n);
-                    bool folded = true;
-                    for (size_t at = prefix.find('['); at != std::string::npos; at = prefix.find('[', at + 1))
-                        folded = folded && (prefix.compare(at, 3, "[0]") == 0 || prefix.compare(at, 3, "[1]") == 0);
-                    if (folded)
-                        prefixes.insert(prefix);
-                }
+                if ((n == f.keys.size() || f.keys[n] == '.' || f.keys[n] == '[') &&
+                    !std::regex_search(f.keys.substr(0, n), laterIndex))
+                    prefixes.insert(f.keys.substr(0, n));
         for (const char* kind : kinds) {
             const Json::Value leaf = paratest::Json(std::string("[") + kind + "]")[0];
             for (const std::string& prefix : prefixes) {
@@ -409,8 +360,8 @@ TEST(RecordDescriptions, NoExceptionForAnyShapeAtAnyLevel)
                 (prefix.empty() ? section : Json::Path(prefix).make(section)) = leaf;
                 LogCapture quiet;
                 std::vector<unsigned char> r(t.parser.record->size, kSentinel);
-                EXPECT_NO_THROW(AdaptParaJson(static_cast<_PARA_TYPE_>(t.type), doc, r.data()))
-                    << t.key << " " << prefix << " with " << kind;
+                const int result = AdaptParaJson(static_cast<_PARA_TYPE_>(t.type), doc, r.data());
+                EXPECT_TRUE(result >= 0 || prefix.empty()) << t.key << " " << prefix << " with " << kind;
             }
         }
     }
