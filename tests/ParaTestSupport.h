@@ -11,7 +11,6 @@
 #include <json/reader.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <memory>

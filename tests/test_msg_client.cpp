@@ -35,14 +35,18 @@ struct Handler : First, Second { // overrides both virtual handlers
     HANDLER(void, Virtual, "Handler::Virtual") HANDLER(void, Virtual2, "Handler::Virtual2")
 };
 typedef void (Handler::*Method)(const char*, int);
-// Removes modules 1 to `last` of event 0x43 while a message for it is delivered.
+// Removes modules 1 to `last` of event 0x43 while a message for it is
+// delivered; with all three gone, registers a handler of event 0x44.
 struct Unregisterer {
     CMsgClientManage* client;
     int last;
+    Handler* other;
     void Handle(const char*, int)
     {
         for (int id = 1; id <= last; ++id)
             client->MSGEventUnRegister(id, 0x43);
+        if (last == 3)
+            client->MSGEventRegister(7, 0x44, other, &First::Plain);
     }
 };
 
@@ -253,7 +257,7 @@ TEST_F(MsgClient, DeliversRequestsToAllInModuleOrderAndResponsesToTheirModule)
 
     // A handler that removes later modules, or the whole event.
     for (int last : {2, 3}) {
-        Unregisterer u{&client, last};
+        Unregisterer u{&client, last, &h};
         client.MSGEventRegister(1, 0x43, &u, &Unregisterer::Handle);
         client.MSGEventRegister(2, 0x43, &h, &First::Plain);
         client.MSGEventRegister(3, 0x43, &h, &Second::Plain2);
@@ -262,7 +266,7 @@ TEST_F(MsgClient, DeliversRequestsToAllInModuleOrderAndResponsesToTheirModule)
         Message changing(0, 0, 0x43, 0);
         ASSERT_TRUE(Deliver(changing));
         EXPECT_EQ(Called(), last == 2 ? Texts{"Second::Plain2"} : Texts{});
-        EXPECT_EQ(BusFunctions(), last == 2 ? Texts{} : Texts{"K7X_MSGEventUnRegister"});
+        EXPECT_EQ(BusFunctions(), last == 2 ? Texts{} : (Texts{"K7X_MSGEventUnRegister", "K7X_MSGEventRegister"}));
         client.MSGEventUnRegister(3, 0x43);
     }
 }

@@ -3,8 +3,6 @@
 #include "ParaShow.h"
 #include "ParaTestSupport.h"
 
-#include <json/writer.h>
-
 #include <climits>
 #include <map>
 #include <cstdlib>
@@ -107,29 +105,31 @@ class JsonReaders : public ::testing::TestWithParam<ReaderCase> {};
 
 // The walk reads a field of each type itself (integers directly, the rest
 // through the reader with the default 0): it stores and returns what the
-// reader does, and writes the field's bytes only.
+// reader does, and writes the field's bytes only. A non-negative integer
+// holds the same as an unsigned value, as a program may build it.
 TEST_P(JsonReaders, StoreReturnAndLogAsTheReaderOfTheType)
 {
     const ReaderCase& c = GetParam();
     const Json::Value holder = c.json ? paratest::Json(std::string(R"({"v":)") + c.json + "}") : Json::Value(Json::objectValue);
-    const Json::Value& v = holder["v"];
+    const bool natural = holder["v"].type() == Json::intValue && holder["v"].asInt64() >= 0;
     const para::Field field = ScalarField(c.type);
-    para::WithScalarType(field, [&](auto zero) {
-        using T = decltype(zero);
-        T value = zero, withZero = zero;
-        LogCapture log;
-        EXPECT_EQ(Read(v, value, static_cast<T>(c.def)), c.result);
-        EXPECT_EQ(Shown(value), c.stored);
-        const std::string function = c.type == ST::F32 ? "GetJsonFloat" : "GetJsonIntegral";
-        EXPECT_EQ(Logged(log), (c.logged ? Lines{{function, std::string("Exception when parse json: ") + c.logged + "\n"}}
-                                         : Lines{}));
-        unsigned char walked[12];
-        std::memset(walked, kSentinel, sizeof walked);
-        const int result = Read(v, withZero, zero);
-        EXPECT_EQ(para::ReadScalarField(field, v, walked), result);
-        EXPECT_EQ(std::memcmp(walked, &withZero, sizeof withZero), 0);
-        EXPECT_TRUE(Untouched(walked, sizeof withZero, sizeof walked));
-    });
+    for (const Json::Value& v : {holder["v"], natural ? Json::Value(holder["v"].asLargestUInt()) : holder["v"]})
+        para::WithScalarType(field, [&](auto zero) {
+            using T = decltype(zero);
+            T value = zero, withZero = zero;
+            LogCapture log;
+            EXPECT_EQ(Read(v, value, static_cast<T>(c.def)), c.result);
+            EXPECT_EQ(Shown(value), c.stored);
+            const std::string function = c.type == ST::F32 ? "GetJsonFloat" : "GetJsonIntegral";
+            EXPECT_EQ(Logged(log), (c.logged ? Lines{{function, std::string("Exception when parse json: ") + c.logged + "\n"}}
+                                             : Lines{}));
+            unsigned char walked[12];
+            std::memset(walked, kSentinel, sizeof walked);
+            const int result = Read(v, withZero, zero);
+            EXPECT_EQ(para::ReadScalarField(field, v, walked), result);
+            EXPECT_EQ(std::memcmp(walked, &withZero, sizeof withZero), 0);
+            EXPECT_TRUE(Untouched(walked, sizeof withZero, sizeof walked));
+        });
 }
 INSTANTIATE_TEST_SUITE_P(EdgeCases, JsonReaders, ::testing::ValuesIn(kReaderCases));
 
@@ -148,8 +148,6 @@ TEST(TextReader, CopiesUpToTheFieldSizeAndZerosAnythingElse)
     EXPECT_EQ(read(Json::Value(12), 5), std::make_pair(-1, std::string("\0\0\0\0\0\xA5", 6)));
     EXPECT_EQ(read(Json::Value("t"), 0), std::make_pair(-1, std::string(6, char(kSentinel))));
 }
-
-// ---------------------------------------------------------------------------
 
 TEST(Dispatcher, BoundariesAndTheirMessages)
 {
@@ -222,7 +220,6 @@ TEST(ParseJsonMessage, BodyAfterTheHeaderOrNothing)
     EXPECT_EQ(ParseJsonMessage(nullptr, 100, root), 0);
 }
 
-// ---------------------------------------------------------------------------
 // Properties of every registered record description.
 
 TEST(RecordDescriptions, FieldsTileEveryRecordExactly)
@@ -321,7 +318,8 @@ TEST(RecordDescriptions, ArraysAreReadWithinTheirBounds)
             EXPECT_TRUE(Untouched(bound.first.data(), 0, offset) &&
                         Untouched(bound.first.data(), end, bound.first.size()));
             EXPECT_TRUE(ReadArray(t, a, ListOf(f, {c0 + 1, c1})) == bound);
-            EXPECT_TRUE(ReadArray(t, a, ListOf(f, {c0 + 1, c1}, 1)) == ReadArray(t, a, ListOf(f, {c0, c1}, 1, true)));
+            EXPECT_TRUE(ReadArray(t, a, ListOf(f, {c0 + 1, c1}, c0 - 1)) ==
+                        ReadArray(t, a, ListOf(f, {c0, c1}, c0 - 1, true)));
             EXPECT_FALSE(ReadArray(t, a, ListOf(f, {c0 - 1, c1})) == bound);
             if (f.dims() == 2) {
                 EXPECT_TRUE(ReadArray(t, a, ListOf(f, {c0, c1 + 1})) == bound);

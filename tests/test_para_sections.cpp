@@ -1,10 +1,6 @@
-// What the record descriptions do not say: values of the wrong JSON kind, the
-// sub-record parsers' rules and log lines, the snapshot sets, the region and
-// the conversion steps at their edges. Where each key lands: the reviewed
-// tests/golden/layout-all.txt, and test_mdvr_param's round trip of every record.
+// What the descriptions do not say: values of the wrong kind, sub-record parser rules and logs, snapshot
+// sets, the region and the steps at their edges. Where keys land: tests/golden/layout-all.txt.
 #include "ParaTestSupport.h"
-
-#include <json/writer.h>
 
 #include <climits>
 
@@ -139,7 +135,6 @@ TEST(MDRegion, NullPointersAndExtremeLengths)
     }
 }
 
-// ---------------------------------------------------------------------------
 // The conversion steps.
 
 namespace {
