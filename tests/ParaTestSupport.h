@@ -11,7 +11,6 @@
 #include <json/reader.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <memory>
@@ -65,14 +64,6 @@ template <class R> std::unique_ptr<R> Sentinel()
 
 inline const unsigned char* Bytes(const void* record) { return static_cast<const unsigned char*>(record); }
 
-// The value of type T stored at byte `offset` of a record.
-template <class T> T At(const void* record, size_t offset)
-{
-    T value;
-    std::memcpy(&value, Bytes(record) + offset, sizeof value);
-    return value;
-}
-
 // True when the bytes [from, to) of a record still hold the sentinel.
 inline bool Untouched(const void* record, size_t from, size_t to)
 {
@@ -80,13 +71,6 @@ inline bool Untouched(const void* record, size_t from, size_t to)
         if (Bytes(record)[i] != kSentinel)
             return false;
     return true;
-}
-
-// The text of a fixed-size field, up to its first NUL or its end.
-inline std::string Text(const void* record, size_t offset, size_t size)
-{
-    const char* at = reinterpret_cast<const char*>(Bytes(record) + offset);
-    return std::string(at, strnlen(at, size));
 }
 
 // A field expected at a byte offset: a little-endian integer of `size` bytes
@@ -108,26 +92,6 @@ template <class T> std::vector<T> operator+(std::vector<T> a, const std::vector<
 {
     a.insert(a.end(), b.begin(), b.end());
     return a;
-}
-template <class T> std::vector<T>& operator+=(std::vector<T>& a, const std::vector<T>& b)
-{
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-
-// `fields` moved to entries [0, count) of an array at `base` with `stride`;
-// in entry i each value grows by step * i.
-inline Fields Entries(const Fields& fields, size_t base, size_t stride = 0, size_t count = 1,
-                      unsigned long long step = 0)
-{
-    Fields out;
-    for (size_t i = 0; i < count; ++i)
-        for (FieldValue f : fields) {
-            f.offset += base + stride * i;
-            f.value += step * i;
-            out.push_back(f);
-        }
-    return out;
 }
 
 // The record's bytes as expected: the sentinel with `fields` laid over it in
@@ -165,21 +129,16 @@ inline void ExpectFields(const void* record, size_t size, const Fields& fields, 
         }
 }
 
-// A JSON array of n copies of `element`, each "%" replaced by first + the index.
-inline std::string List(const std::string& element, size_t n, size_t first = 0)
+// A JSON array of n copies of `element`.
+inline std::string List(const std::string& element, size_t n)
 {
-    std::string list = "[";
-    for (size_t i = 0; i < n; ++i) {
-        std::string e = element;
-        for (size_t at; (at = e.find('%')) != std::string::npos;)
-            e.replace(at, 1, std::to_string(first + i));
-        list += (i ? "," : "") + e;
-    }
+    std::string list = "[" + element;
+    for (size_t i = 1; i < n; ++i)
+        list += "," + element;
     return list + "]";
 }
 
-// A captured log line as (function, message).
-typedef std::pair<std::string, std::string> Line;
+typedef std::pair<std::string, std::string> Line; // a captured log line: function, message
 typedef std::vector<Line> Lines;
 
 // The captured lines, each of which must be an error of the adapter's source.

@@ -677,6 +677,23 @@ TEST_F(Bus, WatchesTheWatchdogsOfItsClients)
     EXPECT_EQ(Dogs(), "[]");
 }
 
+// A watchdog message whose body is not exactly the watchdog record, shorter
+// or longer, registers nothing.
+TEST_F(Bus, IgnoresAWatchdogRecordOfAnotherLength)
+{
+    CMsgClientManage client(nullptr, 0);
+    for (const std::string name : {"short-body", "long-body", "exact-body"}) { // 300 ms each
+        const std::string record = name + std::string(32 - name.size(), '\0') + std::string("\x2c\x01\0\0x", 5);
+        EXPECT_EQ(Send(client, BusWire::kDogRegister, record.substr(0, 35 + (name[0] != 's') + (name[0] == 'l'))), 0);
+    }
+    // One client's messages are handled in order: the last one is there when
+    // the others have been handled.
+    std::string dogs;
+    ASSERT_TRUE(Pump({&client}, 2000, [&] { return (dogs = Dogs()).find("exact-body") != std::string::npos; }));
+    EXPECT_EQ(dogs.find("short-body"), std::string::npos) << dogs;
+    EXPECT_EQ(dogs.find("long-body"), std::string::npos) << dogs;
+}
+
 TEST_F(Bus, ClientsComeBackAfterADaemonRestartAndWhatWasSentMeanwhileIsLost)
 {
     char name[32] = "restart-test";

@@ -35,10 +35,19 @@ struct Handler : First, Second { // overrides both virtual handlers
     HANDLER(void, Virtual, "Handler::Virtual") HANDLER(void, Virtual2, "Handler::Virtual2")
 };
 typedef void (Handler::*Method)(const char*, int);
-// Removes modules 1 and 2 of event 0x43 while a message for it is delivered.
+// Removes modules 1 to `last` of event 0x43 while a message for it is
+// delivered; with all three gone, registers a handler of event 0x44.
 struct Unregisterer {
     CMsgClientManage* client;
-    void Handle(const char*, int) { client->MSGEventUnRegister(1, 0x43), client->MSGEventUnRegister(2, 0x43); }
+    int last;
+    Handler* other;
+    void Handle(const char*, int)
+    {
+        for (int id = 1; id <= last; ++id)
+            client->MSGEventUnRegister(id, 0x43);
+        if (last == 3)
+            client->MSGEventRegister(7, 0x44, other, &First::Plain);
+    }
 };
 
 CallbackFun_t Record(void* object, Method method)
@@ -218,6 +227,7 @@ TEST_F(MsgClient, DeliversRequestsToAllInModuleOrderAndResponsesToTheirModule)
     Created();
     Handler h;
     client.MSGEventRegister(30, 0x42, &h, &First::Virtual);
+    client.MSGEventRegister(10, 0x42, &h, &Second::Virtual2); // replaced by the next
     client.MSGEventRegister(10, 0x42, &h, &First::Plain);
     client.MSGEventRegister(20, 0x42, &h, &Second::Plain2);
     CallbackFun_t nullObject = Record(nullptr, &First::Plain), nullFunction = Record(&h, nullptr);
@@ -245,14 +255,33 @@ TEST_F(MsgClient, DeliversRequestsToAllInModuleOrderAndResponsesToTheirModule)
                                             : Texts{});
     }
 
-    Unregisterer u{&client};
-    client.MSGEventRegister(1, 0x43, &u, &Unregisterer::Handle);
-    client.MSGEventRegister(2, 0x43, &h, &First::Plain);
-    client.MSGEventRegister(3, 0x43, &h, &Second::Plain2);
-    g_hits.clear();
-    Message changing(0, 0, 0x43, 0);
-    ASSERT_TRUE(Deliver(changing));
-    EXPECT_EQ(Called(), Texts{"Second::Plain2"});
+    // A handler that removes later modules, or the whole event.
+    for (int last : {2, 3}) {
+        Unregisterer u{&client, last, &h};
+        client.MSGEventRegister(1, 0x43, &u, &Unregisterer::Handle);
+        client.MSGEventRegister(2, 0x43, &h, &First::Plain);
+        client.MSGEventRegister(3, 0x43, &h, &Second::Plain2);
+        g_hits.clear();
+        ToolkitHost::ClearBusCalls();
+        Message changing(0, 0, 0x43, 0);
+        ASSERT_TRUE(Deliver(changing));
+        EXPECT_EQ(Called(), last == 2 ? Texts{"Second::Plain2"} : Texts{});
+        EXPECT_EQ(BusFunctions(), last == 2 ? Texts{} : (Texts{"K7X_MSGEventUnRegister", "K7X_MSGEventRegister"}));
+        client.MSGEventUnRegister(3, 0x43);
+    }
+}
+
+TEST_F(MsgClient, ForwardsAResponseWithItsWholeLength)
+{
+    CMsgClientManage client(nullptr, 0);
+    ToolkitHost::ClearBusCalls();
+    ToolkitHost::SetBusResult("K7X_MSGResponseMessage", 7);
+    const std::vector<char> body(70000, 'r'); // longer than 16 bits
+    Common::SMessageHead head{3, 4, 0, 0x8042, 0};
+    EXPECT_EQ(client.MSGResponseMessage(&head, body.data(), 70000), 7);
+    ASSERT_EQ(BusFunctions(), Texts{"K7X_MSGResponseMessage"});
+    EXPECT_EQ(ToolkitHost::BusCalls()[0].numbers, Numbers{70000});
+    EXPECT_EQ(ToolkitHost::BusCalls()[0].pointer, &head);
 }
 
 TEST_F(MsgClient, DropsAMessageWhoseLengthDisagreesWithItsHeader)

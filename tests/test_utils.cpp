@@ -57,10 +57,12 @@ struct Result {
 // Calls a codec with both buffers on the heap at exactly their documented
 // sizes (an encoder's dst the worst case, a decoder's len bytes), so that the
 // sanitizer build catches any access outside them.
-Result CallCodec(const Variant& v, bool encode, const Bytes& in)
+// Bytes `after` follow the input in its buffer: a decoder must not look at them.
+Result CallCodec(const Variant& v, bool encode, const Bytes& in, const Bytes& after = {})
 {
     Bytes src(in);
-    const int len = static_cast<int>(src.size());
+    src.insert(src.end(), after.begin(), after.end());
+    const int len = static_cast<int>(in.size());
     Bytes dst(static_cast<size_t>(std::max(1, encode ? 2 * len - v.lead - 1 : len)));
     Result r{0, -99, {}};
     const auto s = reinterpret_cast<char const*>(src.data());
@@ -73,6 +75,15 @@ Result CallCodec(const Variant& v, bool encode, const Bytes& in)
     return r;
 }
 
+// A code byte after the input, then end flags: what a decoder that reads past
+// its input would take for the rest of a frame.
+Bytes EscapeCodeThenEnds()
+{
+    Bytes after(40, 0x7F);
+    after[0] = 0x01;
+    return after;
+}
+
 TEST(FrameEscaping, EncodesAndDecodesAsTheTablesSay)
 {
     const bool E = true, D = false;
@@ -82,6 +93,7 @@ TEST(FrameEscaping, EncodesAndDecodesAsTheTablesSay)
         Bytes in;
         int result, remain;  // an encoder's remain is not set
         Bytes out;           // checked when result > 0
+        Bytes after = {};    // in the buffer after the input
     } const cases[] = {
         {k7e7e, E, {0x7E, 0x01, 0x7E, 0x02, 0x7D, 0x7E}, 8, -99, {0x7E, 0x01, 0x7D, 0x5E, 0x02, 0x7D, 0x5D, 0x7E}},
         {k7e7e, E, {0x7D, 0x7E}, 2, -99, {0x7D, 0x7E}},                          // the edges are never escaped
@@ -98,13 +110,13 @@ TEST(FrameEscaping, EncodesAndDecodesAsTheTablesSay)
         {k7e7f, D, {0x7E, 0x00, 0x41, 0x42}, 0, 4, {}},
         {k7e7f, D, {0x7E, 0x00, 0x7D, 0x02, 0x7D, 0x03, 0x01, 0x7F}, 6, 0, {0x7E, 0x00, 0x7F, 0x7D, 0x01, 0x7F}},
         {k7e7f, D, {0x7E, 0x00, 0x41, 0x7E, 0x42, 0x7F}, 0, 3, {}},
-        {k7e7f, D, {0x7E, 0x00, 0x41, 0x7D}, 0, 4, {}},  // the escape's code has not arrived
+        {k7e7f, D, {0x7E, 0x00, 0x41, 0x7D}, 0, 4, {}, EscapeCodeThenEnds()},  // the escape's code has not arrived
         {k7e7f, D, {0x7E, 0x00, 0x7D, 0x04, 0x7D, 0x7F}, 6, 0, {0x7E, 0x00, 0x7D, 0x04, 0x7D, 0x7F}},
         {k7e7f, D, {0x7F, 0x7F, 0x7F, 0x01}, 3, 1, {0x7F, 0x7F, 0x7F}},  // leading bytes are not looked at
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(std::string(c.v.name) + (c.encode ? " encode " : " decode ") + ::testing::PrintToString(c.in));
-        const Result r = CallCodec(c.v, c.encode, c.in);
+        const Result r = CallCodec(c.v, c.encode, c.in, c.after);
         EXPECT_EQ(r.result, c.result);
         EXPECT_EQ(r.remain, c.remain);
         if (c.result > 0) {
