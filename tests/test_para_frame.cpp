@@ -75,6 +75,8 @@ const ReaderCase kReaderCases[] = {
     {nullptr, ST::F32, 3, "3", -1},
 };
 
+void PrintTo(const ReaderCase& c, std::ostream* os) { *os << (c.json ? c.json : "(absent)") << " as type " << int(c.type); }
+
 para::Field ScalarField(ST type)
 {
     static const uint16_t kSizes[] = {1, 1, 1, 2, 2, 4, 4, 8, 8, 4};
