@@ -398,37 +398,6 @@ inline const Json::Value& Section(const Json::Value& doc, const char* key)
     return Member(Member(Member(doc, "PARAMETER"), "MDVR"), key);
 }
 
-// The reader of a scalar of type T, with the default 0 that every parameter
-// field has. Integers of up to 32 bits stored in the JSON value as integers
-// are read here directly, with the readers' rule: a value from INT_MIN to
-// UINT_MAX is stored as its low bits, anything else gives 0 and -1. Every
-// other case goes to the reader itself.
-template <class T> int ReadScalar(const Json::Value& value, T& dst)
-{
-    if constexpr (std::is_integral_v<T> && sizeof(T) <= 4) {
-        const Json::ValueType type = value.type();
-        if (type == Json::intValue || type == Json::uintValue) {
-            bool fits;
-            uint32_t bits;
-            if (type == Json::intValue) {
-                const Json::LargestInt v = value.asLargestInt();
-                fits = v >= -2147483648LL && v <= 4294967295LL;
-                bits = static_cast<uint32_t>(v);
-            } else {
-                const Json::LargestUInt v = value.asLargestUInt();
-                fits = v <= 4294967295ULL;
-                bits = static_cast<uint32_t>(v);
-            }
-            dst = fits ? static_cast<T>(bits) : T(0);
-            return fits ? 0 : -1;
-        }
-    }
-    if constexpr (std::is_floating_point_v<T>)
-        return GetJsonFloat(value, dst, 0.0f);
-    else
-        return GetJsonIntegral(value, dst, T(0));
-}
-
 // Calls f(T()) with the C++ type of a scalar field.
 template <class F> auto WithScalarType(const Field& field, F f)
 {
@@ -447,9 +416,11 @@ template <class F> auto WithScalarType(const Field& field, F f)
     return f(0.0f);
 }
 
-// Reads a scalar field's value into `at` with the reader of its type. An
-// integer field of up to 32 bits given a JSON integer keeps its low bytes,
-// as ReadScalar says, without the switch over the field's type.
+// Reads a scalar field's value into `at` with the reader of its type and the
+// default 0 that every parameter field has. An integer field of up to 32 bits
+// given a JSON integer is read here directly, with the readers' rule: a value
+// from INT_MIN to UINT_MAX keeps its low bytes, anything else gives 0 and -1.
+// Every other case goes to the reader itself.
 inline int ReadScalarField(const Field& field, const Json::Value& value, void* at)
 {
     const Json::ValueType type = value.type();
@@ -478,7 +449,11 @@ inline int ReadScalarField(const Field& field, const Json::Value& value, void* a
     }
     return WithScalarType(field, [&](auto zero) {
         decltype(zero) v = zero;
-        const int result = ReadScalar(value, v);
+        int result;
+        if constexpr (std::is_floating_point_v<decltype(v)>)
+            result = GetJsonFloat(value, v, 0.0f);
+        else
+            result = GetJsonIntegral(value, v, decltype(v)(0));
         std::memcpy(at, &v, sizeof v);
         return result;
     });
