@@ -4,9 +4,10 @@
 //   round trip   a request and its response, timed one after another: through
 //                mdvr-busd (host libtoolkit client on both ends), through a
 //                raw ZeroMQ ROUTER proxy in the same shape (DEALER -> ROUTER
-//                -> DEALER and back), and directly between two DEALERs.
-//                The three take turns in 100 rounds, so that a busy machine
-//                weighs on each alike; p50 and p99 of all rounds.
+//                -> DEALER and back; like the daemon, a program of its own),
+//                and directly between two DEALERs. The three take turns in
+//                1000 rounds, so that a busy machine weighs on each alike;
+//                p50 and p99 of all rounds.
 //   throughput   one process sends N messages to another, through the bus,
 //                then directly (DEALER to DEALER) with the same frames. The
 //                receiver checks that nothing was lost, duplicated or
@@ -42,7 +43,7 @@ const int kEvent = 0x200;
 const int kProbe = 0x201;
 const int kEcho = 0x202;
 const size_t kEchoSize = 64;
-const int kRounds = 100;
+const int kRounds = 1000;
 
 volatile std::sig_atomic_t g_stop = 0;
 void OnSignal(int) { g_stop = 1; }
@@ -415,6 +416,11 @@ pid_t StartDaemon(const std::string& path)
 
 int main(int argc, char** argv)
 {
+    // The proxy is this program run again: a process of its own, like the daemon.
+    if (argc == 4 && std::strcmp(argv[1], "--serve-proxy") == 0) {
+        Proxy(argv[2], std::atoi(argv[3]));
+        return 0;
+    }
     unsigned long long total = 1000000;
     int trips = 20000;
     size_t size = 256;
@@ -439,7 +445,10 @@ int main(int argc, char** argv)
     // Round trips, the three paths in turn.
     const pid_t busEcho = Serve([](int ready) { EchoThroughBus(ready); });
     const std::string proxyEndpoint = "ipc://" + dir + "/proxy", directEndpoint = "ipc://" + dir + "/direct";
-    const pid_t proxy = Serve([&](int ready) { Proxy(proxyEndpoint, ready); });
+    const pid_t proxy = Serve([&](int ready) {
+        execl("/proc/self/exe", "bench_bus", "--serve-proxy", proxyEndpoint.c_str(), std::to_string(ready).c_str(),
+              static_cast<char*>(nullptr));
+    });
     const pid_t proxyEcho = Serve([&](int ready) { EchoDirectly(proxyEndpoint, false, ready); });
     const pid_t directEcho = Serve([&](int ready) { EchoDirectly(directEndpoint, true, ready); });
 

@@ -105,7 +105,10 @@ private:
     // read and counted). False when none came within `timeout` ms.
     bool Receive(int timeout)
     {
-        socket_.set(zmq::sockopt::rcvtimeo, timeout);
+        if (timeout != timeout_) {
+            socket_.set(zmq::sockopt::rcvtimeo, timeout);
+            timeout_ = timeout;
+        }
         if (!socket_.recv(routing_))
             return false;
         count_ = 0;
@@ -268,6 +271,7 @@ private:
     zmq::message_t routing_;
     zmq::message_t frames_[kMostFrames + 1]; // the last takes what is too many
     size_t count_ = 0;
+    int timeout_ = -1; // of receives, as set on the socket
 };
 
 // Makes way for the daemon's socket file: refuses when a daemon answers there
