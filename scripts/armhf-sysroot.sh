@@ -14,8 +14,9 @@
 #                   release from)
 #
 # The packages are only extracted, never configured, so the script finishes
-# what their maintainer scripts would have done for a build: symlinks that
-# point at absolute paths are made relative (a linker or qemu-arm -L following
+# what their maintainer scripts would have done for a build: the tree is made
+# merged-/usr (lib/ moved into usr/lib/, lib -> usr/lib), symlinks that point
+# at absolute paths are made relative (a linker or qemu-arm -L following
 # /lib/... would leave the sysroot), an empty ld.so.cache keeps the loader from
 # reading the host's, and a dpkg database lists what each package holds (for
 # the dependencies of the Debian packages the build makes). The sysroot is
@@ -42,7 +43,8 @@ suite=${ARMHF_SUITE:-$(. /etc/os-release && echo "${VERSION_CODENAME:-}")}
 # and the compiler agree.
 packages=(libc6-dev "libstdc++-$gcc_version-dev" libjsoncpp-dev libgtest-dev libzmq3-dev cppzmq-dev libcli11-dev)
 stamp="suite $suite
-packages ${packages[*]}"
+packages ${packages[*]}
+layout merged-usr"
 
 mkdir -p "$(dirname "$sysroot")"
 sysroot=$(cd "$(dirname "$sysroot")" && pwd)/$(basename "$sysroot")
@@ -74,9 +76,55 @@ retry "make the armhf sysroot (${packages[*]} of $suite from $mirror)" make_root
 # Device nodes and /proc links: a sysroot is not booted.
 rm -rf "${new:?}/dev"
 
-# Absolute symlinks (libm.so -> /lib/arm-linux-gnueabihf/libm.so.6) made relative.
+# Merged /usr, as an installed Debian is: the loader searches
+# /lib/arm-linux-gnueabihf before /usr/lib/arm-linux-gnueabihf, and qemu-arm -L
+# takes from the host whatever path the sysroot lacks, so a library kept only
+# in usr/lib here would be taken from the host's /lib/arm-linux-gnueabihf when
+# the host has one of that name (an armhf multiarch package). With lib ->
+# usr/lib every such path is found in the sysroot. A file in both stops the
+# script.
+merged=()
+for dir in bin sbin lib lib32 lib64 libhf; do
+    if [ ! -d "$new/$dir" ] || [ -L "$new/$dir" ]; then continue; fi
+    merged+=("$dir")
+    mkdir -p "$new/usr/$dir"
+    # A relative link that leaves the directory would point elsewhere once
+    # moved: it is made absolute here, and relative again below.
+    while IFS= read -r -d '' link; do
+        target=$(realpath -s -m "$(dirname "$link")/$(readlink "$link")")
+        case $target in
+        "$new/$dir"/*) ;;
+        "$new"/*) ln -sfn "/${target#"$new"/}" "$link" ;;
+        *) fail "$link leads out of the new sysroot" ;;
+        esac
+    done < <(find "$new/$dir" -type l ! -lname '/*' -print0)
+    mapfile -d '' entries < <(cd "$new/$dir" && find . -mindepth 1 -printf '%P\0')
+    for entry in "${entries[@]}"; do
+        from=$new/$dir/$entry to=$new/usr/$dir/$entry
+        if [ -d "$from" ] && [ ! -L "$from" ]; then
+            if [ -L "$to" ] || { [ -e "$to" ] && [ ! -d "$to" ]; }; then
+                fail "cannot merge /$dir into /usr/$dir: /usr/$dir/$entry is not a directory"
+            fi
+            mkdir -p "$to"
+        else
+            if [ -e "$to" ] || [ -L "$to" ]; then
+                fail "cannot merge /$dir into /usr/$dir: both hold $entry"
+            fi
+            mv "$from" "$to"
+        fi
+    done
+    find "$new/$dir" -depth -type d -empty -delete
+    [ ! -e "$new/$dir" ] || fail "/$dir of the new sysroot is not empty after the merge"
+    ln -s "usr/$dir" "$new/$dir"
+done
+
+# Absolute symlinks (libm.so -> /lib/arm-linux-gnueabihf/libm.so.6) made
+# relative, straight to the merged directory rather than through its link.
 while IFS= read -r -d '' link; do
     target=$(readlink "$link")
+    for dir in "${merged[@]}"; do
+        case $target in "/$dir" | "/$dir"/*) target=/usr$target ;; esac
+    done
     ln -sfn "$(realpath -s -m --relative-to="$(dirname "$link")" "$new$target")" "$link"
 done < <(find "$new" -type l -lname '/*' -print0)
 
@@ -107,8 +155,11 @@ for path in "lib/ld-linux-armhf.so.3" "usr/include/c++/$gcc_version" "usr/lib/gc
             "usr/lib/$triple/libjsoncpp.so" "usr/lib/$triple/libzmq.so" "usr/include/zmq.hpp"; do
     [ -e "$new/$path" ] || fail "the new sysroot lacks /$path"
 done
+[ "$(readlink "$new/lib")" = usr/lib ] || fail "the new sysroot's /lib is not a link to usr/lib"
 outside=$(find "$new" -type l -lname '/*' | head -3)
 [ -z "$outside" ] || fail "absolute symlinks left in the new sysroot: $outside"
+dangling=$(find "$new" -xtype l | head -3)
+[ -z "$dangling" ] || fail "symlinks that lead nowhere in the new sysroot: $dangling"
 
 echo "$stamp" >"$new/$stamp_name"
 rm -rf "$sysroot"
