@@ -1,9 +1,9 @@
 // Arbitrary bytes as a bus message through CMsgClientManage::ReceiveMessageHandle,
-// with handlers of real classes (plain and virtual member functions, a second
-// base that needs its this-pointer adjusted, a parameter consumer) registered on
-// several events and modules over the recording bus. Every delivery is checked
-// against the registry: which handlers ran, in which order, on which object and
-// with which buffer.
+// with handlers registered on several events and modules over the recording
+// bus, invalid ones and a parameter consumer among them. Every delivery is
+// checked against the registry: which handlers ran, in which order, and with
+// which buffer. (How member functions of real classes are called is the unit
+// tests' business.)
 //
 // Input: one control byte, then the message. Control bit 0 set: the header's
 // body length is made to agree with the message (keeping its bits above 22),
@@ -14,52 +14,35 @@
 #include "ToolkitHost.h"
 
 #include <map>
-#include <memory>
 #include <vector>
 
 namespace {
 
 struct Hit {
     int handler;
-    const void* self;
     const char* message;
     int length;
 };
 std::vector<Hit> g_hits;
 
-struct Plain {
-    virtual ~Plain() = default;
-    void OnPlain(const char* m, int n) { g_hits.push_back({1, this, m, n}); }
-    virtual void OnVirtual(const char* m, int n) { g_hits.push_back({2, this, m, n}); }
-};
-struct Other {
-    virtual void OnOther(const char* m, int n) { g_hits.push_back({3, this, m, n}); }
-    void OnOtherPlain(const char* m, int n) { g_hits.push_back({4, this, m, n}); }
-    virtual ~Other() = default;
-};
-struct Both : Plain, Other {
-    void OnVirtual(const char* m, int n) override { g_hits.push_back({5, this, m, n}); }
-    void OnOther(const char* m, int n) override { g_hits.push_back({6, this, m, n}); }
-};
-// A process's parameter handler: parses the body and adapts the time sections.
-struct ParameterHandler {
+// A module's handler; a parameter handler also adapts the time section.
+struct Handler {
+    int label;
     tag_MsgTimeSetting time;
+    void On(const char* m, int n) { g_hits.push_back({label, m, n}); }
     void OnParameters(const char* m, int n)
     {
-        g_hits.push_back({7, this, m, n});
+        On(m, n);
         Json::Value root;
         if (ParseJsonMessage(m, n, root) == 1)
             AdaptParaJson(PARA_TIME_SETTING, root, &time);
     }
 };
 
-typedef void (Both::*Method)(const char*, int);
-
 struct Registration {
     int module;
     int event;
-    int handler;  // the label that the handler records; 0: an invalid handler
-    const void* self;
+    int handler; // the handler's label; 0: an invalid handler
 };
 
 class Fixture {
@@ -67,33 +50,24 @@ public:
     Fixture() : client(nullptr, 0)
     {
         handle = ToolkitHost::BusCalls().back().handle;
-        Add(5, 0x0001, &Both::OnPlain, 1, static_cast<Plain*>(&both));
-        Add(1, 0x0001, &Both::OnVirtual, 5, &both);
-        Add(9, 0x0001, &Both::OnOtherPlain, 4, static_cast<Other*>(&both));
-        Add(3, 0x0001, nullptr, 0, nullptr); // invalid: null function
-        Add(2, 0x0001, nullptr, 0, nullptr, /*nullObject=*/true);
-        Add(7, 0x0100, &Both::OnOther, 6, &both);
-        Add(7, 0x8001, &Both::OnVirtual, 5, &both);
-        Add(-1, 0x8001, &Both::OnOtherPlain, 4, static_cast<Other*>(&both));
-        Add(0, 0xFFFF, &Both::OnPlain, 1, static_cast<Plain*>(&both));
-        client.MSGEventRegister(4, 0x0200, &params, &ParameterHandler::OnParameters);
-        registry[0x0200][4] = {4, 0x0200, 7, &params};
-        CallbackFun_t plainOnly{&plain, {}};
-        void (Plain::*virtualOnPlain)(const char*, int) = &Plain::OnVirtual;
-        std::memcpy(&plainOnly.method, &virtualOnPlain, sizeof virtualOnPlain);
-        client.RegisterMessageHandle(8, 0x0200, &plainOnly);
-        registry[0x0200][8] = {8, 0x0200, 2, &plain};
-    }
-
-    void Add(int module, int event, Method method, int label, const void* self, bool nullObject = false)
-    {
-        CallbackFun_t record{nullObject ? nullptr : &both, {}};
-        std::memcpy(&record.method, &method, sizeof method);
-        if (method != nullptr && !nullObject)
-            client.MSGEventRegister(module, event, &both, method);
-        else
-            client.RegisterMessageHandle(module, event, &record);
-        registry[event][module] = {module, event, label, self};
+        const Registration valid[] = {{5, 0x0001, 1}, {1, 0x0001, 2}, {9, 0x0001, 3},  {7, 0x0100, 4},
+                                      {7, 0x8001, 5}, {-1, 0x8001, 6}, {0, 0xFFFF, 7}, {8, 0x0200, 8}};
+        for (const Registration& r : valid) {
+            handlers[r.handler].label = r.handler;
+            client.MSGEventRegister(r.module, r.event, &handlers[r.handler], &Handler::On);
+            registry[r.event][r.module] = r;
+        }
+        client.MSGEventRegister(4, 0x0200, &handlers[9], &Handler::OnParameters);
+        handlers[9].label = 9;
+        registry[0x0200][4] = {4, 0x0200, 9};
+        // Invalid: a null function, a null object.
+        CallbackFun_t nullFunction{&handlers[0], {}}, nullObject{nullptr, {}};
+        void (Handler::*on)(const char*, int) = &Handler::On;
+        std::memcpy(&nullObject.method, &on, sizeof on);
+        client.RegisterMessageHandle(3, 0x0001, &nullFunction);
+        client.RegisterMessageHandle(2, 0x0001, &nullObject);
+        registry[0x0001][3] = {3, 0x0001, 0};
+        registry[0x0001][2] = {2, 0x0001, 0};
     }
 
     // The handlers that must run for a message, in order.
@@ -124,9 +98,7 @@ public:
 
     CMsgClientManage client;
     Common::K7X_MSG_HANDLE handle;
-    Both both;
-    Plain plain;
-    ParameterHandler params;
+    Handler handlers[10];
     std::map<int, std::map<int, Registration>> registry; // event -> module -> handler
 };
 
@@ -166,7 +138,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
                static_cast<long long>(expected.size()));
     for (size_t i = 0; i < expected.size(); ++i) {
         FUZZ_CHECK(g_hits[i].handler == expected[i].handler, g_hits[i].handler, expected[i].handler);
-        FUZZ_CHECK(g_hits[i].self == expected[i].self, expected[i].module);
         FUZZ_CHECK(g_hits[i].message == message.chars() && g_hits[i].length == length, g_hits[i].length, length);
     }
     return 0;
