@@ -1,224 +1,259 @@
 #include "Router.h"
 
-#include "BusWire.h"
+#include <json/writer.h>
 
 #include <cstdarg>
 #include <cstdio>
 
-#define ROUTER_LOG(level, ...) Common::gclDebugPrintf(level, "platform/bus/Router", __func__, __LINE__, __VA_ARGS__)
-
 namespace busd {
+
+using BusProtocol::Command;
 
 namespace {
 
-// ZeroMQ numbers the connections of a socket in the order they come: of two
-// routing ids, the longer or else the larger is the later connection.
-bool Later(const std::string& a, const std::string& b)
+std::string Printable(const void* data, size_t size, size_t most)
 {
-    return a.size() != b.size() ? a.size() > b.size() : a > b;
-}
-
-std::string Printable(const Frame& frame)
-{
-    std::string shown(frame.data, frame.size < 16 ? frame.size : 16);
+    std::string shown(static_cast<const char*>(data), std::min(size, most));
     for (char& ch : shown)
         ch = (ch >= 0x20 && ch < 0x7F) ? ch : '?';
     return shown;
 }
 
-bool Is(const Frame& frame, const char* command)
-{
-    return frame.size == std::char_traits<char>::length(command) &&
-           std::char_traits<char>::compare(frame.data, command, frame.size) == 0;
-}
+bool InSixteenBits(int event) { return event >= 0 && event <= 0xFFFF; }
 
 } // namespace
 
-ClientId Router::Known(const std::string& routing) const
-{
-    auto known = byRouting_.find(routing);
-    return known == byRouting_.end() ? 0 : known->second;
-}
+// A command, the argument it takes and who handles it. `size` 0: no argument
+// frame; with `repeated`, the argument holds any number of such items.
+struct Router::Handler {
+    Command command;
+    size_t size;
+    bool repeated;
+    bool (Router::*handle)(ClientId, Client&, const zmq::message_t*);
+};
 
-ClientId Router::Admit(const std::string& routing, int fd, unsigned long long inode, bool& stale)
+const Router::Handler Router::kHandlers[] = {
+    {Command::kHello, sizeof(BusProtocol::Hello), false, &Router::OnHello},
+    {Command::kBye, 0, false, &Router::OnBye},
+    {Command::kSub, sizeof(BusProtocol::Event), false, &Router::OnSubscribe},
+    {Command::kUnsub, sizeof(BusProtocol::Event), false, &Router::OnUnsubscribe},
+    {Command::kDogs, 0, false, &Router::OnDogs},
+    {Command::kList, 0, false, &Router::OnList},
+    {Command::kMonitor, sizeof(BusProtocol::Event), true, &Router::OnMonitor},
+    {Command::kTook, sizeof(BusProtocol::Credit), false, &Router::OnTook},
+    {Command::kWait, 0, false, &Router::OnWait},
+};
+
+bool Router::Handle(ClientId sender, zmq::message_t* frames, size_t count)
 {
-    stale = false;
-    if (const ClientId known = Known(routing))
-        return known;
-    if (fd >= 0) {
-        auto retired = retired_.find(fd);
-        auto holder = byFd_.find(fd);
-        stale = inode == 0 || (retired != retired_.end() && !Later(routing, retired->second)) ||
-                (holder != byFd_.end() && !Later(routing, clients_[holder->second].routing));
-        if (stale)
-            return 0;
-        if (holder != byFd_.end())
-            Forget(holder->second); // its socket has been closed: the descriptor is another's now
+    if (count == 1 && frames[0].size() >= BusWire::kHeadSize)
+        return Route(sender, frames[0]); // a bus message
+    Client* client = clients_.Find(sender);
+    const Command command = BusProtocol::Named(frames[0].data(), frames[0].size());
+    const size_t argument = count > 1 ? frames[1].size() : 0;
+    for (const Handler& h : kHandlers) {
+        if (h.command != command)
+            continue;
+        const bool fits = h.size == 0 ? count == 1
+                                      : count == 2 && (h.repeated ? argument % h.size == 0 : argument == h.size);
+        if (!fits || client == nullptr)
+            break;
+        return (this->*h.handle)(sender, *client, count > 1 ? &frames[1] : nullptr);
     }
-    if (clients_.size() >= kMostClients)
-        return 0;
-    do
-        next_ = static_cast<ClientId>(next_ == 0xFFFF ? 1 : next_ + 1);
-    while (clients_.count(next_));
-    Client& client = clients_[next_];
-    client.routing = routing;
-    client.fd = fd;
-    client.inode = inode;
-    byRouting_[routing] = next_;
-    if (fd >= 0)
-        byFd_[fd] = next_;
-    return next_;
+    return Bad(sender, "command \"%s\", %zu frames, argument %zu bytes",
+               Printable(frames[0].data(), frames[0].size(), 16).c_str(), count, argument);
 }
 
-void Router::Disconnected(int fd, unsigned long long inode)
+bool Router::Route(ClientId sender, zmq::message_t& frame)
 {
-    auto holder = byFd_.find(fd);
-    if (holder != byFd_.end() && clients_[holder->second].inode != inode)
-        Forget(holder->second);
-}
-
-void Router::Forget(ClientId id)
-{
-    auto found = clients_.find(id);
-    if (found == clients_.end())
-        return;
-    Client& client = found->second;
-    for (int event : client.events)
-        Unsubscribe(id, event);
-    byRouting_.erase(client.routing);
-    auto holder = byFd_.find(client.fd);
-    if (holder != byFd_.end() && holder->second == id) {
-        byFd_.erase(holder);
-        retired_[client.fd] = client.routing;
+    Common::SMessageHead head = BusWire::ReadHead(frame.data());
+    const unsigned int body = head.length & BusWire::kBodyMax;
+    if (BusWire::kHeadSize + body != frame.size())
+        return Bad(sender, "event 0x%x, length word 0x%x, frame of %zu bytes", head.messageId, head.length,
+                   frame.size());
+    const ClientId destination = head.flags;
+    const bool response = BusProtocol::IsResponse(head);
+    targets_.clear();
+    if (response && destination == 0) {
+        BUS_LOG(0, "bus: response 0x%x from client %u names no requesting client (flags 0); dropped\n",
+                head.messageId, sender);
+    } else {
+        if (!response && destination == 0 && Watchdog::Takes(head.messageId))
+            watchdog_.Take(head.messageId, sender, clients_.Find(sender)->pid,
+                           static_cast<const char*>(frame.data()) + BusWire::kHeadSize, body);
+        if (const std::set<ClientId>* subscribers = subscriptions_.Of(head.messageId)) {
+            if (destination == 0)
+                targets_.assign(subscribers->begin(), subscribers->end());
+            else if (subscribers->count(destination))
+                targets_.push_back(destination);
+        }
+        if (targets_.empty() && destination == 0)
+            BUS_LOG(4, "bus: nobody subscribed event 0x%x from client %u; dropped\n", head.messageId, sender);
+        else if (targets_.empty())
+            BUS_LOG(4, "bus: client %u has not subscribed event 0x%x from client %u; dropped\n", destination,
+                    head.messageId, sender);
     }
-    watchdog_.Orphan(id);
-    clients_.erase(found);
+    BusProtocol::Deliverable(head, sender);
+    BusWire::WriteHead(frame.data(), head);
+    if (flow_.Accept(sender, destination, frame, targets_))
+        return true;
+    return Bad(sender, "more than %u messages or %u bytes not yet passed on", BusProtocol::kWindowMessages,
+               BusProtocol::kWindowBytes);
 }
 
-Client* Router::Find(ClientId id)
-{
-    auto found = clients_.find(id);
-    return found == clients_.end() ? nullptr : &found->second;
-}
-
-void Router::Unsubscribe(ClientId id, int event)
-{
-    auto found = subscribers_.find(event);
-    if (found == subscribers_.end())
-        return;
-    found->second.erase(id);
-    if (found->second.empty())
-        subscribers_.erase(found);
-}
-
-Verdict Router::Bad(ClientId sender, const char* format, ...)
+bool Router::Bad(ClientId sender, const char* format, ...)
 {
     char detail[160];
     va_list args;
     va_start(args, format);
     std::vsnprintf(detail, sizeof detail, format, args);
     va_end(args);
-    const Client* client = Find(sender);
-    ROUTER_LOG(0, "bus: bad message from client %u (pid %d): %s; connection closed\n", sender,
-               client ? client->pid : 0, detail);
-    Verdict verdict;
-    verdict.action = Verdict::kClose;
-    return verdict;
+    const Client* client = clients_.Find(sender);
+    BUS_LOG(0, "bus: bad message from client %u (pid %d): %s; connection closed\n", sender, client ? client->pid : 0,
+            detail);
+    return false;
 }
 
-Verdict Router::Handle(ClientId sender, Frame* frames, size_t count)
+bool Router::OnHello(ClientId id, Client& client, const zmq::message_t* argument)
 {
-    if (count == 1 && frames[0].size >= BusWire::kHeadSize)
-        return Route(sender, frames[0]); // a bus message
-    Client& client = clients_[sender];
-    const Frame& command = frames[0];
-    const size_t argument = count > 1 ? frames[1].size : 0;
-    Verdict verdict;
-    if (count == 2 && (Is(command, BusWire::kSub) || Is(command, BusWire::kUnsub)) && argument == 4) {
-        const int event = BusWire::ReadInt(frames[1].data);
-        if (event < 0 || event > 0xFFFF)
-            return Bad(sender, "event %d outside 16 bits", event);
-        const bool subscribe = Is(command, BusWire::kSub);
-        if (subscribe) {
-            client.events.insert(event);
-            subscribers_[event].insert(sender);
-        } else {
-            client.events.erase(event);
-            Unsubscribe(sender, event);
-        }
-        ROUTER_LOG(4, "bus: client %u %s event 0x%x\n", sender, subscribe ? "subscribed" : "left", event);
-        return verdict;
-    }
-    if (count == 2 && Is(command, BusWire::kHello) && argument == 8) {
-        client.pid = BusWire::ReadInt(frames[1].data);
-        client.type = static_cast<unsigned int>(BusWire::ReadInt(frames[1].data + 4));
-        ROUTER_LOG(4, "bus: client %u is pid %d, type %u\n", sender, client.pid, client.type);
-        return verdict;
-    }
-    if (count == 1 && Is(command, BusWire::kBye)) {
-        ROUTER_LOG(4, "bus: client %u said goodbye\n", sender);
-        verdict.action = Verdict::kReply;
-        verdict.reply = BusWire::kBye;
-        verdict.thenForget = true;
-        return verdict;
-    }
-    if (count == 1 && Is(command, BusWire::kDogs)) {
-        if (client.congested) { // it reads nothing: no list is made for it
-            ++client.dropped;
-            return verdict;
-        }
-        answer_ = watchdog_.List();
-        verdict.action = Verdict::kReply;
-        verdict.reply = BusWire::kDogs;
-        verdict.payload = &answer_;
-        return verdict;
-    }
-    return Bad(sender, "command \"%s\", %zu frames, argument %zu bytes", Printable(command).c_str(), count,
-               argument);
+    const auto hello = BusProtocol::Read<BusProtocol::Hello>(argument->data());
+    client.pid = hello.pid;
+    client.type = hello.type;
+    client.name = Printable(hello.name, strnlen(hello.name, sizeof hello.name), sizeof hello.name);
+    BUS_LOG(4, "bus: client %u is pid %d, type %u, %s\n", id, client.pid, client.type, client.name.c_str());
+    return true;
 }
 
-Verdict Router::Route(ClientId sender, Frame& frame)
+bool Router::OnBye(ClientId id, Client&, const zmq::message_t*)
 {
-    Common::SMessageHead head = BusWire::ReadHead(frame.data);
-    const unsigned int body = head.length & BusWire::kBodyMax;
-    const bool response = (head.messageId & BusWire::kResponseBit) != 0;
-    if (BusWire::kHeadSize + body != frame.size)
-        return Bad(sender, "event 0x%x, length word 0x%x, frame of %zu bytes", head.messageId, head.length,
-                   frame.size);
-    Verdict verdict;
-    const ClientId destination = head.flags;
-    if (response && destination == 0) {
-        ROUTER_LOG(0, "bus: response 0x%x from client %u names no requesting client (flags 0); dropped\n",
-                   head.messageId, sender);
-        return verdict;
-    }
-    if (!response && destination == 0 && Watchdog::Takes(head.messageId))
-        watchdog_.Take(head.messageId, sender, clients_[sender].pid, frame.data + BusWire::kHeadSize, body);
+    BUS_LOG(4, "bus: client %u said goodbye\n", id);
+    flow_.Tell(id, Command::kBye);
+    Forget(id);
+    return true;
+}
 
-    // Delivered with the sender's client id in the flags field.
-    head.flags = sender;
-    head.length = body;
-    BusWire::WriteHead(frame.data, head);
-    targets_.clear();
-    auto found = subscribers_.find(head.messageId);
-    if (found != subscribers_.end()) {
-        if (destination == 0)
-            targets_.assign(found->second.begin(), found->second.end());
-        else if (found->second.count(destination))
-            targets_.push_back(destination);
+bool Router::OnSubscribe(ClientId id, Client& client, const zmq::message_t* argument)
+{
+    const int event = BusProtocol::Read<BusProtocol::Event>(argument->data()).event;
+    if (!InSixteenBits(event))
+        return Bad(id, "event %d outside 16 bits", event);
+    client.events.insert(event);
+    subscriptions_.Add(event, id);
+    BUS_LOG(4, "bus: client %u subscribed event 0x%x\n", id, event);
+    return true;
+}
+
+bool Router::OnUnsubscribe(ClientId id, Client& client, const zmq::message_t* argument)
+{
+    const int event = BusProtocol::Read<BusProtocol::Event>(argument->data()).event;
+    if (!InSixteenBits(event))
+        return Bad(id, "event %d outside 16 bits", event);
+    client.events.erase(event);
+    subscriptions_.Remove(event, id);
+    BUS_LOG(4, "bus: client %u left event 0x%x\n", id, event);
+    return true;
+}
+
+bool Router::OnDogs(ClientId id, Client&, const zmq::message_t*)
+{
+    flow_.Reply(id, Command::kDogs, [this] { return watchdog_.List(); });
+    return true;
+}
+
+bool Router::OnList(ClientId id, Client&, const zmq::message_t*)
+{
+    flow_.Reply(id, Command::kList, [this] { return List(); });
+    return true;
+}
+
+bool Router::OnMonitor(ClientId id, Client& client, const zmq::message_t* argument)
+{
+    std::set<int> events;
+    for (size_t at = 0; at < argument->size(); at += sizeof(BusProtocol::Event)) {
+        const int event = BusProtocol::Read<BusProtocol::Event>(static_cast<const char*>(argument->data()) + at).event;
+        if (!InSixteenBits(event))
+            return Bad(id, "event %d outside 16 bits", event);
+        events.insert(event);
     }
-    if (targets_.empty()) {
-        if (destination == 0)
-            ROUTER_LOG(4, "bus: nobody subscribed event 0x%x from client %u; dropped\n", head.messageId, sender);
-        else
-            ROUTER_LOG(4, "bus: client %u has not subscribed event 0x%x from client %u; dropped\n", destination,
-                       head.messageId, sender);
-        return verdict;
+    client.monitor = true;
+    client.watched.swap(events);
+    flow_.Watch(id);
+    BUS_LOG(4, "bus: client %u monitors %zu events (0: all)\n", id, client.watched.size());
+    return true;
+}
+
+bool Router::OnTook(ClientId id, Client& client, const zmq::message_t* argument)
+{
+    const auto credit = BusProtocol::Read<BusProtocol::Credit>(argument->data());
+    if (flow_.Took(id, credit))
+        return true;
+    return Bad(id, "took %u messages of %u bytes, but %u of %llu were in flight", credit.messages, credit.bytes,
+               client.inflight.messages, client.inflight.bytes);
+}
+
+bool Router::OnWait(ClientId id, Client&, const zmq::message_t*)
+{
+    flow_.Waits(id);
+    return true;
+}
+
+void Router::Forget(ClientId id)
+{
+    Client* client = clients_.Find(id);
+    if (client == nullptr)
+        return;
+    for (int event : client->events)
+        subscriptions_.Remove(event, id);
+    client->events.clear();
+    watchdog_.Orphan(id);
+    clients_.Detach(id);
+    flow_.Leave(id);
+}
+
+void Router::ForgetGone()
+{
+    std::vector<ClientId> gone;
+    gone.swap(flow_.gone());
+    for (ClientId id : gone) {
+        const Client* client = clients_.Find(id);
+        if (client != nullptr && !client->gone) {
+            BUS_LOG(4, "bus: client %u (pid %d) is gone\n", id, client->pid);
+            Forget(id);
+        }
     }
-    verdict.action = Verdict::kDeliver;
-    verdict.targets = &targets_;
-    verdict.frame = &frame;
-    return verdict;
+}
+
+std::string Router::List()
+{
+    namespace K = BusProtocol::Keys;
+    const std::map<ClientId, Amount> waiting = flow_.Waiting();
+    Json::Value list(Json::arrayValue);
+    for (auto& entry : clients_.all()) {
+        const Client& c = entry.second;
+        if (c.gone)
+            continue;
+        Json::Value client;
+        client[K::kId] = entry.first;
+        client[K::kPid] = c.pid;
+        client[K::kName] = c.name;
+        client[K::kEvents] = Json::Value(Json::arrayValue);
+        for (int event : c.events)
+            client[K::kEvents].append(event);
+        auto queued = waiting.find(entry.first);
+        const Amount more = queued == waiting.end() ? Amount() : queued->second;
+        client[K::kQueuedMessages] = c.inflight.messages + more.messages;
+        client[K::kQueuedBytes] = Json::UInt64(c.inflight.bytes + more.bytes);
+        client[K::kCongested] = c.congested;
+        client[K::kDropped] = Json::UInt64(c.dropped);
+        client[K::kMonitor] = c.monitor;
+        client[K::kDogs] = Json::Value(Json::arrayValue);
+        for (const std::string& name : watchdog_.Names(entry.first))
+            client[K::kDogs].append(name);
+        list.append(client);
+    }
+    Json::StreamWriterBuilder writer;
+    writer["indentation"] = "";
+    return Json::writeString(writer, list);
 }
 
 } // namespace busd

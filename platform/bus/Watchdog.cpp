@@ -1,13 +1,11 @@
 #include "Watchdog.h"
 
-#include "BusWire.h"
+#include "BusProtocol.h"
 
 #include <json/writer.h>
 
 #include <algorithm>
 #include <cstring>
-
-#define DOG_LOG(level, ...) Common::gclDebugPrintf(level, "platform/bus/Watchdog", __func__, __LINE__, __VA_ARGS__)
 
 namespace busd {
 
@@ -20,7 +18,7 @@ bool Watchdog::Takes(int messageId)
 void Watchdog::Take(int messageId, unsigned short client, int pid, const char* body, unsigned int length)
 {
     if (length != BusWire::kDogRecordSize) {
-        DOG_LOG(0, "bus: watchdog message %d from client %u with a body of %u bytes, not %u; ignored\n", messageId,
+        BUS_LOG(0, "bus: watchdog message %d from client %u with a body of %u bytes, not %u; ignored\n", messageId,
                 client, length, BusWire::kDogRecordSize);
         return;
     }
@@ -32,14 +30,14 @@ void Watchdog::Take(int messageId, unsigned short client, int pid, const char* b
     if (messageId == BusWire::kDogUnregister) {
         if (found != dogs_.end()) {
             dogs_.erase(found);
-            DOG_LOG(4, "bus: watchdog \"%s\" unregistered\n", name.c_str());
+            BUS_LOG(4, "bus: watchdog \"%s\" unregistered\n", name.c_str());
         }
     } else if (messageId == BusWire::kDogRegister || found == dogs_.end()) {
         Register(name, client, pid, info.dogParam, now);
     } else {
         Dog& dog = found->second;
         if (dog.lapsed)
-            DOG_LOG(0, "bus: watchdog \"%s\" of pid %d fed again after %lld ms\n", name.c_str(), dog.pid,
+            BUS_LOG(0, "bus: watchdog \"%s\" of pid %d fed again after %lld ms\n", name.c_str(), dog.pid,
                     now - dog.lastFeed);
         dog.lapsed = false;
         dog.lastFeed = now;
@@ -52,7 +50,7 @@ void Watchdog::Register(const std::string& name, unsigned short client, int pid,
     const bool grows = found == dogs_.end();
     const bool again = !grows && found->second.client == client;
     if (!again && (Held(client) >= kPerClient || (grows && dogs_.size() >= kMost))) {
-        DOG_LOG(0, "bus: watchdog \"%s\" of pid %d refused: %u per client and %u in all at most\n", name.c_str(), pid,
+        BUS_LOG(0, "bus: watchdog \"%s\" of pid %d refused: %u per client and %u in all at most\n", name.c_str(), pid,
                 kPerClient, kMost);
         return;
     }
@@ -62,7 +60,7 @@ void Watchdog::Register(const std::string& name, unsigned short client, int pid,
     dog.timeoutMs = param ? param : BusWire::kDogDefaultTimeoutMs;
     dog.lastFeed = now;
     dog.lapsed = false;
-    DOG_LOG(4, "bus: watchdog \"%s\" of pid %d registered, timeout %u ms\n", name.c_str(), pid, dog.timeoutMs);
+    BUS_LOG(4, "bus: watchdog \"%s\" of pid %d registered, timeout %u ms\n", name.c_str(), pid, dog.timeoutMs);
 }
 
 unsigned int Watchdog::Held(unsigned short client) const
@@ -89,7 +87,7 @@ long long Watchdog::Check()
         const long long due = dog.lastFeed + dog.timeoutMs + 1;
         if (now >= due) {
             dog.lapsed = true;
-            DOG_LOG(0, "bus: watchdog \"%s\" of pid %d not fed for %lld ms (timeout %u ms)\n", entry.first.c_str(),
+            BUS_LOG(0, "bus: watchdog \"%s\" of pid %d not fed for %lld ms (timeout %u ms)\n", entry.first.c_str(),
                     dog.pid, now - dog.lastFeed, dog.timeoutMs);
         } else if (next < 0 || due < next) {
             next = due;
@@ -98,18 +96,28 @@ long long Watchdog::Check()
     return next;
 }
 
+std::vector<std::string> Watchdog::Names(unsigned short client) const
+{
+    std::vector<std::string> names;
+    for (const auto& entry : dogs_)
+        if (entry.second.client == client)
+            names.push_back(entry.first);
+    return names;
+}
+
 std::string Watchdog::List() const
 {
     Json::Value list(Json::arrayValue);
     const long long now = clock_();
     for (const auto& entry : dogs_) {
+        namespace K = BusProtocol::Keys;
         Json::Value dog;
-        dog["name"] = entry.first;
-        dog["pid"] = entry.second.pid;
-        dog["client"] = entry.second.client;
-        dog["timeoutMs"] = entry.second.timeoutMs;
-        dog["sinceFeedMs"] = Json::Int64(now - entry.second.lastFeed);
-        dog["lapsed"] = entry.second.lapsed;
+        dog[K::kName] = entry.first;
+        dog[K::kPid] = entry.second.pid;
+        dog[K::kClient] = entry.second.client;
+        dog[K::kTimeoutMs] = entry.second.timeoutMs;
+        dog[K::kSinceFeedMs] = Json::Int64(now - entry.second.lastFeed);
+        dog[K::kLapsed] = entry.second.lapsed;
         list.append(dog);
     }
     Json::StreamWriterBuilder writer;

@@ -10,6 +10,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace busd {
 
@@ -34,6 +35,8 @@ public:
     // The watchdogs as a JSON array: name, pid, client, timeoutMs,
     // sinceFeedMs, lapsed.
     std::string List() const;
+    // The names of a client's watchdogs.
+    std::vector<std::string> Names(unsigned short client) const;
 
 private:
     struct Dog {

@@ -2,11 +2,12 @@
 //
 // One ZeroMQ ROUTER socket: by default an ipc socket in a directory only its
 // user may enter, or TCP on 127.0.0.1 with --port. This file is the socket
-// loop: it receives frames, hands them to the router (Router.h), which also
-// feeds the watchdog service (Watchdog.h), and sends what the router says.
-// It waits in one blocking receive until the next message or the next
-// watchdog check, and looks at the socket's connection events on the clock.
-#include "BusWire.h"
+// loop: it receives frames, hands them to the router (Router.h), and is the
+// outlet through which the router's flow control sends. It waits in one
+// blocking receive until the next message or the next look at the clock,
+// when it reads the socket's connection events, checks the watchdogs
+// (Watchdog.h) and lets the flow control find congested clients.
+#include "BusProtocol.h"
 #include "Router.h"
 #include "ToolArguments.h"
 #include "ToolkitHost.h"
@@ -14,6 +15,7 @@
 
 #include <zmq.hpp>
 
+#include <malloc.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -27,18 +29,12 @@
 #include <string>
 #include <vector>
 
-#define BUSD_LOG(level, ...) Common::gclDebugPrintf(level, "platform/bus/mdvr_busd", __func__, __LINE__, __VA_ARGS__)
-
 namespace {
+
+using BusProtocol::Now;
 
 volatile std::sig_atomic_t g_stop = 0;
 void OnSignal(int) { g_stop = 1; }
-
-const int kMonitorMs = 100;     // connection events are read this often
-const int kCongestionMs = 500;  // a client that frees no room for this long is congested
-const int kHighWater = 200;     // messages queued per client, each way
-const int kHandshakeMs = 500;   // a connection that has not greeted by then is closed
-const size_t kMostFrames = 2;   // after the routing id; more breaks the protocol
 
 unsigned long long Inode(int fd)
 {
@@ -46,11 +42,11 @@ unsigned long long Inode(int fd)
     return fd >= 0 && fstat(fd, &st) == 0 ? static_cast<unsigned long long>(st.st_ino) : 0;
 }
 
-class Loop {
+class Loop : public busd::Outlet {
 public:
-    Loop(zmq::context_t& context, busd::Router& router, busd::Watchdog& watchdog)
-        : socket_(context, zmq::socket_type::router), monitor_(context, zmq::socket_type::pair), router_(router),
-          watchdog_(watchdog)
+    Loop(zmq::context_t& context, busd::Watchdog& watchdog)
+        : socket_(context, zmq::socket_type::router), monitor_(context, zmq::socket_type::pair), watchdog_(watchdog),
+          router_(watchdog, *this, &Now)
     {
     }
 
@@ -58,12 +54,13 @@ public:
     std::string Listen(const std::string& endpoint)
     {
         socket_.set(zmq::sockopt::router_mandatory, 1);
-        socket_.set(zmq::sockopt::sndtimeo, kCongestionMs);
-        socket_.set(zmq::sockopt::sndhwm, kHighWater);
-        socket_.set(zmq::sockopt::rcvhwm, kHighWater);
+        // What goes to a client is bounded by its credit, not by ZeroMQ; what
+        // comes from one, by its window (more breaks the protocol).
+        socket_.set(zmq::sockopt::sndhwm, 0);
+        socket_.set(zmq::sockopt::rcvhwm, static_cast<int>(BusProtocol::kWindowMessages) + 64);
         socket_.set(zmq::sockopt::linger, 0);
-        socket_.set(zmq::sockopt::handshake_ivl, kHandshakeMs);
-        socket_.set(zmq::sockopt::maxmsgsize, static_cast<int64_t>(BusWire::kHeadSize + BusWire::kBodyMax));
+        socket_.set(zmq::sockopt::handshake_ivl, BusProtocol::kHandshakeMs);
+        socket_.set(zmq::sockopt::maxmsgsize, static_cast<int64_t>(BusProtocol::kFrameMax));
         // A ZAP domain makes ZeroMQ refuse peers of its older protocols at
         // their first bytes; no ZAP handler runs, so every ZMTP 3 peer is let in.
         socket_.set(zmq::sockopt::zap_domain, "mdvr-bus");
@@ -79,14 +76,15 @@ public:
 
     void Run()
     {
-        long long due = 0; // of the next look at the watchdogs and the connection events
+        long long due = 0; // of the next look at the clock
         while (!g_stop) {
-            long long now = BusWire::Now();
+            long long now = Now();
             if (now >= due) {
                 ReadMonitor();
                 const long long dog = watchdog_.Check();
-                now = BusWire::Now();
-                due = now + kMonitorMs;
+                router_.Tick();
+                now = Now();
+                due = now + BusProtocol::kMonitorMs;
                 if (dog >= 0)
                     due = std::min(due, dog);
             }
@@ -95,140 +93,76 @@ public:
                     Handle();
             } catch (const zmq::error_t& e) {
                 if (e.num() != EINTR)
-                    BUSD_LOG(0, "bus: %s\n", e.what());
+                    BUS_LOG(0, "bus: %s\n", e.what());
             }
         }
     }
 
+    bool Put(const std::string& routing, zmq::message_t* frames, size_t count) override
+    {
+        try {
+            zmq::message_t to(routing.data(), routing.size());
+            if (!socket_.send(to, zmq::send_flags::sndmore | zmq::send_flags::dontwait))
+                return false; // no limit is set: cannot happen
+            for (size_t i = 0; i < count; ++i)
+                socket_.send(frames[i], i + 1 < count ? zmq::send_flags::sndmore : zmq::send_flags::none);
+            return true;
+        } catch (const zmq::error_t&) {
+            return false; // EHOSTUNREACH: its connection is gone
+        }
+    }
+
 private:
-    // One message: its routing id, then up to kMostFrames frames (the rest is
-    // read and counted). False when none came within `timeout` ms.
+    // One message: its routing id, then its frames. False when none came
+    // within `timeout` ms.
     bool Receive(int timeout)
     {
         if (timeout != timeout_) {
             socket_.set(zmq::sockopt::rcvtimeo, timeout);
             timeout_ = timeout;
         }
-        if (!socket_.recv(routing_))
-            return false;
-        count_ = 0;
-        for (bool more = routing_.more(); more; ++count_) {
-            zmq::message_t& frame = frames_[std::min(count_, kMostFrames)];
-            (void)socket_.recv(frame); // the parts of a message arrive together
-            more = frame.more();
-        }
-        return true;
+        const size_t count = BusProtocol::ReceiveFrames(socket_, frames_);
+        count_ = count > 0 ? count - 1 : 0;
+        return count > 0;
     }
 
     void Handle()
     {
-        const std::string routing = routing_.to_string();
-        busd::ClientId id = router_.Known(routing);
-        bool stale = false;
-        const int fd = id ? -1 : zmq_msg_get(routing_.handle(), ZMQ_SRCFD);
-        const unsigned long long inode = id ? 0 : Inode(fd);
-        if (id == 0 && (id = router_.Admit(routing, fd, inode, stale)) == 0) {
-            if (stale) {
-                BUSD_LOG(4, "bus: a message of a closed connection; dropped\n");
-            } else {
-                BUSD_LOG(0, "bus: %zu clients, no id free for another; connection closed\n", router_.size());
-                Shut(fd, inode);
+        busd::Clients& clients = router_.clients();
+        zmq::message_t& from = frames_[0];
+        const std::string routing = from.to_string();
+        busd::ClientId id = clients.Known(routing);
+        if (id == 0) {
+            bool stale = false;
+            busd::ClientId replaced = 0;
+            const int fd = zmq_msg_get(from.handle(), ZMQ_SRCFD);
+            const unsigned long long inode = Inode(fd);
+            id = clients.Admit(routing, fd, inode, stale, replaced);
+            if (replaced)
+                router_.Forget(replaced);
+            if (id == 0) {
+                if (stale) {
+                    BUS_LOG(4, "bus: a message of a closed connection; dropped\n");
+                } else {
+                    BUS_LOG(0, "bus: %zu clients, no id free for another; connection closed\n", clients.size());
+                    Shut(fd, inode);
+                }
+                return;
             }
-            return;
         }
-        if (count_ == 0 || count_ > kMostFrames) {
-            BUSD_LOG(0, "bus: bad message from client %u: %zu frames; connection closed\n", id, count_);
-            return Close(id);
-        }
-        busd::Frame views[kMostFrames];
-        for (size_t i = 0; i < count_; ++i)
-            views[i] = {static_cast<char*>(frames_[i].data()), frames_[i].size()};
-        const busd::Verdict verdict = router_.Handle(id, views, count_);
-        switch (verdict.action) {
-        case busd::Verdict::kNothing:
-            break;
-        case busd::Verdict::kClose:
+        if (count_ == 0 || count_ > busd::Router::kMostFrames) {
+            BUS_LOG(0, "bus: bad message from client %u: %zu frames; connection closed\n", id, count_);
             Close(id);
-            break;
-        case busd::Verdict::kReply: {
-            zmq::message_t payload;
-            if (verdict.payload)
-                payload.rebuild(verdict.payload->data(), verdict.payload->size());
-            Send(id, verdict.reply, verdict.payload ? &payload : nullptr);
-            if (verdict.thenForget)
-                router_.Forget(id);
-            break;
+        } else if (!router_.Handle(id, frames_ + 1, count_)) {
+            Close(id);
         }
-        case busd::Verdict::kDeliver: {
-            zmq::message_t& frame = frames_[verdict.frame - views];
-            const std::vector<busd::ClientId>& targets = *verdict.targets;
-            for (size_t i = 0; i < targets.size(); ++i) {
-                zmq::message_t copy;
-                if (i + 1 < targets.size())
-                    copy.copy(frame); // shares the bytes
-                else
-                    copy.move(frame);
-                Send(targets[i], nullptr, &copy);
-            }
-            break;
-        }
-        }
-    }
-
-    // Sends a bus message (no command) or a command with an optional payload
-    // to a client. Waits for room while the client frees some now and then;
-    // a client that frees none for kCongestionMs is congested and loses what
-    // comes for it, without waiting, until it takes messages again.
-    void Send(busd::ClientId id, const char* command, zmq::message_t* payload)
-    {
-        busd::Client* client = router_.Find(id);
-        if (client == nullptr)
-            return;
-        int result = Put(client->routing, command, payload, zmq::send_flags::dontwait);
-        if (result == EAGAIN && !client->congested)
-            result = Put(client->routing, command, payload, zmq::send_flags::none);
-        if (result == 0) {
-            if (client->congested)
-                BUSD_LOG(0, "bus: client %u (pid %d) takes messages again; %llu were dropped\n", id, client->pid,
-                         client->dropped);
-            client->congested = false;
-            client->dropped = 0;
-        } else if (result == EAGAIN || result == EINTR) {
-            if (!client->congested)
-                BUSD_LOG(0, "bus: client %u (pid %d) took no message for %d ms; dropping its messages until it "
-                            "does\n", id, client->pid, kCongestionMs);
-            client->congested = true;
-            ++client->dropped;
-        } else {
-            BUSD_LOG(4, "bus: client %u (pid %d) is gone\n", id, client->pid);
-            router_.Forget(id);
-        }
-    }
-
-    // 0 when sent, else the error (EAGAIN: no room, EHOSTUNREACH: gone).
-    int Put(const std::string& routing, const char* command, zmq::message_t* payload, zmq::send_flags flags)
-    {
-        try {
-            zmq::message_t to(routing.data(), routing.size());
-            if (!socket_.send(to, zmq::send_flags::sndmore | flags))
-                return EAGAIN;
-            // The rest of a started message always goes.
-            if (command) {
-                zmq::message_t name(command, std::strlen(command));
-                socket_.send(name, payload ? zmq::send_flags::sndmore : zmq::send_flags::none);
-            }
-            if (payload)
-                socket_.send(*payload, zmq::send_flags::none);
-            return 0;
-        } catch (const zmq::error_t& e) {
-            return e.num();
-        }
+        router_.ForgetGone();
     }
 
     // Ends a client that broke the protocol: forgotten, and its connection closed.
     void Close(busd::ClientId id)
     {
-        const busd::Client* client = router_.Find(id);
+        const busd::Client* client = router_.clients().Find(id);
         const int fd = client->fd;
         const unsigned long long inode = client->inode;
         router_.Forget(id);
@@ -247,29 +181,24 @@ private:
     // one (bytes that are not the protocol) is logged.
     void ReadMonitor()
     {
-        zmq::message_t event, address;
-        while (monitor_.recv(event, zmq::recv_flags::dontwait)) {
-            (void)monitor_.recv(address);
-            std::uint16_t what = 0;
-            std::uint32_t value = 0;
-            if (event.size() >= 6) {
-                std::memcpy(&what, event.data(), sizeof what);
-                std::memcpy(&value, static_cast<char*>(event.data()) + 2, sizeof value);
+        BusProtocol::SocketEvent event;
+        while (BusProtocol::ReadSocketEvent(monitor_, 0, event)) {
+            const int fd = static_cast<int>(event.value);
+            if (event.id == ZMQ_EVENT_DISCONNECTED) {
+                if (const busd::ClientId id = router_.clients().Ended(fd, Inode(fd)))
+                    router_.Forget(id);
+            } else {
+                BUS_LOG(0, "bus: rejected a connection at %s: handshake failed (event 0x%x, %s)\n",
+                        event.address.c_str(), event.id, zmq_strerror(static_cast<int>(event.value)));
             }
-            if (what == ZMQ_EVENT_DISCONNECTED)
-                router_.Disconnected(static_cast<int>(value), Inode(static_cast<int>(value)));
-            else
-                BUSD_LOG(0, "bus: rejected a connection at %s: handshake failed (event 0x%x, %s)\n",
-                         address.to_string().c_str(), what, zmq_strerror(static_cast<int>(value)));
         }
     }
 
     zmq::socket_t socket_;
     zmq::socket_t monitor_;
-    busd::Router& router_;
     busd::Watchdog& watchdog_;
-    zmq::message_t routing_;
-    zmq::message_t frames_[kMostFrames + 1]; // the last takes what is too many
+    busd::Router router_;
+    zmq::message_t frames_[1 + busd::Router::kMostFrames + 1]; // the routing id, the frames, what is too many
     size_t count_ = 0;
     int timeout_ = -1; // of receives, as set on the socket
 };
@@ -313,7 +242,7 @@ bool ClaimSocketPath(const std::string& path, std::string& error)
         error = "cannot remove the stale socket " + path + ": " + std::strerror(errno);
         return false;
     }
-    BUSD_LOG(4, "bus: removed the stale socket %s\n", path.c_str());
+    BUS_LOG(4, "bus: removed the stale socket %s\n", path.c_str());
     return true;
 }
 
@@ -382,21 +311,23 @@ int main(int argc, char** argv)
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
+    // Messages of up to 8 MiB come and go: their memory goes back to the
+    // system when they have gone, so that what the daemon holds is what it uses.
+    mallopt(M_MMAP_THRESHOLD, 256 << 10);
 
     zmq::context_t* context = new zmq::context_t(1);
     int status = 0;
     unsigned long long socketFile = 0;
     try {
-        busd::Watchdog watchdog(&BusWire::Now);
-        busd::Router router(watchdog);
-        Loop loop(*context, router, watchdog);
+        busd::Watchdog watchdog(&Now);
+        Loop loop(*context, watchdog);
         const std::string bound = loop.Listen(endpoint);
         socketFile = local ? InodeOf(path) : 0;
         std::printf("mdvr-busd: listening on %s\n", bound.c_str());
         std::fflush(stdout);
-        BUSD_LOG(4, "bus: listening on %s\n", bound.c_str());
+        BUS_LOG(4, "bus: listening on %s\n", bound.c_str());
         loop.Run();
-        BUSD_LOG(4, "bus: stopped by a signal\n");
+        BUS_LOG(4, "bus: stopped by a signal\n");
     } catch (const std::exception& e) {
         std::fprintf(stderr, "mdvr-busd: cannot listen on %s: %s\n", endpoint.c_str(), e.what());
         status = 1;

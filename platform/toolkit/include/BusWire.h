@@ -1,15 +1,12 @@
-// The wire of the recorder's message bus, stated once: the message header's
-// fields and masks, the client type, the watchdog service's message ids and
-// record, and the commands of the development bus (docs/bus.md). The library,
-// the host libtoolkit, the daemon mdvr-busd and the tools all include this
-// file; nothing else spells any of it out.
+// What a recorder process sees of its message bus: the message header's
+// masks, the client type, and the watchdog service's message ids and record.
+// The library and every bus client include this file; how the development
+// bus moves messages between processes is private to it (BusProtocol.h).
 #ifndef BUS_WIRE_H
 #define BUS_WIRE_H
 
 #include "CommonToolkit.h"
 
-#include <chrono>
-#include <cstdint>
 #include <cstring>
 
 // The record that registers, feeds and unregisters a watchdog: the body of
@@ -40,17 +37,7 @@ const unsigned int kDogNameSize = sizeof(WatchDogInfo::dogName);
 const unsigned int kDogRecordSize = sizeof(WatchDogInfo);
 const unsigned int kDogDefaultTimeoutMs = 30000; // dogParam 0
 
-// The development bus between a client and mdvr-busd. A bus message (header
-// + body) travels as a ZeroMQ message of one frame, both ways; one whose
-// messageId has the response bit is a response, for the client that its
-// flags name. Anything else is a command: a first frame, shorter than a
-// header, naming it, then its arguments.
-const char* const kHello = "HELLO"; // client -> bus: pid (i32), client type (u32)
-const char* const kBye = "BYE";     // client -> bus, bus -> client (acknowledged)
-const char* const kSub = "SUB";     // client -> bus: event (i32, 0..0xFFFF)
-const char* const kUnsub = "UNSUB"; // client -> bus: event (i32)
-const char* const kDogs = "DOGS";   // client -> bus; bus -> client: JSON array
-
+// The header of a message, from bytes that need not be aligned.
 inline Common::SMessageHead ReadHead(const void* bytes)
 {
     Common::SMessageHead head;
@@ -59,20 +46,6 @@ inline Common::SMessageHead ReadHead(const void* bytes)
 }
 
 inline void WriteHead(void* bytes, const Common::SMessageHead& head) { std::memcpy(bytes, &head, sizeof head); }
-
-inline std::int32_t ReadInt(const void* bytes)
-{
-    std::int32_t value;
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
-}
-
-// Milliseconds of the monotonic clock: the bus's timeouts and the watchdogs.
-inline long long Now()
-{
-    using namespace std::chrono;
-    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
-}
 
 } // namespace BusWire
 

@@ -76,11 +76,25 @@ TOOLKIT_API std::string BusEndpoint(const char* address, short port, std::string
 // bus it was created on.
 TOOLKIT_API void UseRecordingBus(bool recording);
 
-// Asks the daemon for its watchdogs: a JSON array of objects with the keys
-// name, pid, client, timeoutMs, sinceFeedMs and lapsed. Returns false (text
-// empty) when the handle is unknown or no answer came within `timeout` ms.
-// Messages that arrive meanwhile are delivered to the client's receivers.
-TOOLKIT_API bool QueryDogs(Common::K7X_MSG_HANDLE handle, int timeout, std::string& text);
+// Asks the daemon for one of its lists, as a JSON array of objects (keys in
+// docs/bus.md): kDogs its watchdogs, kClients its clients. Returns false
+// (text empty) when the handle is unknown or no answer came within
+// `timeout` ms. Messages that arrive meanwhile are delivered to the client's
+// receivers.
+enum class BusList { kDogs, kClients };
+TOOLKIT_API bool QueryBus(Common::K7X_MSG_HANDLE handle, BusList what, int timeout, std::string& text);
+
+// Makes the client a monitor: from now on K7X_MSGWaitForEvent also delivers,
+// to `sink`, a copy of every message the daemon routes whose event is in
+// `events` (all when empty): the daemon's record of how it routed it (the
+// ROUTED record of the development bus, docs/bus.md) and the message as
+// delivered. Copies that the client does not take in time are dropped by
+// the daemon and counted in the next record. False for an unknown handle,
+// an event outside 0..0xFFFF or a null sink.
+typedef void (*RoutedSink)(const char* record, size_t recordSize, const char* message, size_t size,
+                           void* context);
+TOOLKIT_API bool MonitorBus(Common::K7X_MSG_HANDLE handle, const std::vector<int>& events, RoutedSink sink,
+                            void* context);
 
 // One call of a K7X_* bus function, with its arguments.
 //   function  the function's name, e.g. "K7X_MSGSendMessage"

@@ -50,6 +50,17 @@ int K7X_MSGWaitForEvent(K7X_MSG_HANDLE handle, int timeout) { return Backend().W
 
 namespace ToolkitHost {
 
+bool QueryBus(Common::K7X_MSG_HANDLE handle, BusList what, int timeout, std::string& text)
+{
+    text.clear();
+    return Backend().Query(handle, what, timeout, text);
+}
+
+bool MonitorBus(Common::K7X_MSG_HANDLE handle, const std::vector<int>& events, RoutedSink sink, void* context)
+{
+    return Backend().Monitor(handle, events, sink, context);
+}
+
 void UseRecordingBus(bool recording)
 {
     Chosen().store(recording ? &Common::RecordingBus() : &Common::DaemonBus());

@@ -6,6 +6,10 @@
 #define BUS_BACKEND_H
 
 #include "CommonToolkit.h"
+#include "ToolkitHost.h"
+
+#include <string>
+#include <vector>
 
 namespace Common {
 
@@ -20,6 +24,10 @@ public:
                      int flags) = 0;
     virtual int Respond(K7X_MSG_HANDLE handle, SMessageHead* head, const char* body, unsigned int length) = 0;
     virtual int Wait(K7X_MSG_HANDLE handle, int timeout) = 0;
+    // ToolkitHost::QueryBus and ToolkitHost::MonitorBus.
+    virtual bool Query(K7X_MSG_HANDLE handle, ToolkitHost::BusList what, int timeout, std::string& text) = 0;
+    virtual bool Monitor(K7X_MSG_HANDLE handle, const std::vector<int>& events, ToolkitHost::RoutedSink sink,
+                         void* context) = 0;
 };
 
 BusBackend& DaemonBus();

@@ -1,40 +1,57 @@
 // Host build of the support library's message bus: a client of the
-// development bus daemon mdvr-busd over ZeroMQ (the wire: BusWire.h,
+// development bus daemon mdvr-busd over ZeroMQ (the protocol: BusProtocol.h,
 // docs/bus.md).
 //
 // A client is one DEALER socket connected to the daemon's ROUTER. Messages are
 // delivered inside K7X_MSGWaitForEvent, on the caller's thread, by calling the
-// receiver bound to the message's event: one blocking receive with a timeout,
-// one message delivered. A client handle belongs to one thread at a time, like
-// the socket under it. A monitor on the socket, read on the clock, tells when
-// the connection to the daemon is made again after a loss; the client then
-// repeats its hello, its subscriptions and its watchdog registration, so a
-// restarted daemon knows it again without help from the process.
+// receiver bound to the message's event: one message delivered per call. A
+// client handle belongs to one thread at a time, like the socket under it.
+//
+// Credit: the client tells the daemon what it has taken (TOOK) at least every
+// kTookMs while it takes, and sends no more than its window before the daemon
+// has passed it on (ROOM). A send that waits for room keeps what arrives
+// meanwhile for the next waits. A monitor on the socket, read on the clock,
+// tells when the connection to the daemon is made again after a loss; the
+// client then repeats its hello, its subscriptions and its watchdog
+// registration, so a restarted daemon knows it again without help.
 #include "BusBackend.h"
-#include "BusWire.h"
+#include "BusProtocol.h"
 #include "ToolkitHost.h"
 
 #include <unistd.h>
 
-#include <zmq.hpp>
-
 #include <algorithm>
+#include <cerrno>
+#include <deque>
 #include <map>
 #include <mutex>
 #include <set>
 #include <string>
-
-#define BUS_LOG(level, ...) Common::gclDebugPrintf(level, "platform/toolkit/src/BusClient", __func__, __LINE__, __VA_ARGS__)
+#include <vector>
 
 namespace {
 
+using BusProtocol::Command;
+using BusProtocol::Now;
 using Common::K7X_MSG_HANDLE;
 
-const int kConnectTimeoutMs = 3000; // creation fails when no daemon answers by then
-const int kSendTimeoutMs = 1000;    // a send waits this long for room, then fails
-const int kByeTimeoutMs = 500;      // destruction waits this long for the daemon's receipt
-const int kMonitorMs = 100;         // the connection events are read this often
-const int kHighWater = 200;         // messages queued each way
+struct Amount {
+    unsigned int messages = 0;
+    unsigned long long bytes = 0;
+};
+
+// A message received: a bus message (one frame), or a command and its arguments.
+struct Received {
+    zmq::message_t frames[3];
+    size_t count = 0;
+    size_t Cost() const
+    {
+        size_t cost = 0;
+        for (size_t i = 0; i < count; ++i)
+            cost += frames[i].size();
+        return cost;
+    }
+};
 
 struct Client {
     Client(zmq::context_t& context, int id)
@@ -52,8 +69,19 @@ struct Client {
     int receiveTimeout = -1;     // as set on the socket
     std::map<int, Common::K7X_MSG_CALLBACK> receivers; // by event
     std::string dogRecord;       // the last watchdog registration, repeated on reconnection
-    zmq::message_t frames[2];    // of the message received last: a bus message, or a command and its argument
-    size_t count = 0;
+    std::vector<int> watched;    // as a monitor: its events (empty: all)
+    bool monitoring = false;
+    ToolkitHost::RoutedSink sink = nullptr;
+    void* sinkContext = nullptr;
+    // Credit.
+    Amount sent;                 // sent, not yet returned with ROOM
+    bool waitingForRoom = false; // a WAIT is on its way
+    Amount owed;                 // taken, not yet told with TOOK
+    long long lastTook = 0;
+    // What came while a send waited for room, or a query for its answer.
+    std::deque<Received> kept;
+    std::string answer[2];       // the last DOGS and LIST
+    Received in;                 // the message received last
 };
 
 enum class Got { kNothing, kMessage, kInterrupted, kFailed };
@@ -85,16 +113,13 @@ Client* Find(K7X_MSG_HANDLE handle, const char* function)
     Client* client = static_cast<Client*>(handle);
     if (registry.clients.count(client))
         return client;
-    Common::gclDebugPrintf(0, "platform/toolkit/src/BusClient", function, __LINE__,
-                           "bus: unknown client handle %p\n", handle);
+    Common::gclDebugPrintf(0, __FILE_NAME__, function, __LINE__, "bus: unknown client handle %p\n", handle);
     return nullptr;
 }
 
-zmq::message_t Int32(std::int32_t value) { return zmq::message_t(&value, sizeof value); }
-
 // Sends a bus message: one frame. False when the daemon cannot take it (not
-// connected, or no room within the send timeout).
-bool SendFrame(Client& c, zmq::message_t frame)
+// connected within the send timeout).
+bool SendFrame(Client& c, zmq::message_t& frame)
 {
     try {
         return c.socket.send(frame, zmq::send_flags::none).has_value();
@@ -104,58 +129,81 @@ bool SendFrame(Client& c, zmq::message_t frame)
     }
 }
 
-// Sends one command with an optional argument, like SendFrame.
-bool SendCommand(Client& c, const char* command, zmq::message_t argument, bool withArgument = true)
+// Sends a command, with an argument frame when it has an argument (`size`
+// bytes, which may be none).
+bool SendCommand(Client& c, Command command, const void* argument = nullptr, size_t size = 0,
+                 bool withArgument = false)
 {
+    withArgument = withArgument || size > 0;
     try {
-        zmq::message_t head(command, std::strlen(command));
+        const char* name = BusProtocol::Name(command);
+        zmq::message_t head(name, std::strlen(name));
         if (!c.socket.send(head, withArgument ? zmq::send_flags::sndmore : zmq::send_flags::none))
             return false;
-        if (withArgument)
-            c.socket.send(argument, zmq::send_flags::none); // the rest of a started message always goes
+        if (withArgument) {
+            zmq::message_t frame(argument, size);
+            c.socket.send(frame, zmq::send_flags::none); // the rest of a started message always goes
+        }
         return true;
     } catch (const zmq::error_t& e) {
-        BUS_LOG(0, "bus: sending %s to %s failed: %s\n", command, c.endpoint.c_str(), e.what());
+        BUS_LOG(0, "bus: sending %s to %s failed: %s\n", BusProtocol::Name(command), c.endpoint.c_str(), e.what());
         return false;
     }
 }
 
 bool Deliverable(int event) { return event >= 0 && event <= 0xFFFF; }
 
+void Subscribe(Client& c, Command command, int event)
+{
+    const BusProtocol::Event argument{event};
+    SendCommand(c, command, &argument, sizeof argument);
+}
+
+void Watch(Client& c)
+{
+    std::vector<BusProtocol::Event> events;
+    for (int event : c.watched)
+        events.push_back({event});
+    // An empty argument: every event.
+    SendCommand(c, Command::kMonitor, events.data(), events.size() * sizeof(BusProtocol::Event), true);
+}
+
 // Tells a daemon who we are and what we listen to: after connecting, and
-// again after every reconnection.
+// again after every reconnection. A new daemon owes and is owed nothing.
 void Introduce(Client& c)
 {
-    std::int32_t hello[2] = {static_cast<std::int32_t>(getpid()), static_cast<std::int32_t>(c.type)};
-    SendCommand(c, BusWire::kHello, zmq::message_t(hello, sizeof hello));
+    c.sent = c.owed = Amount();
+    c.waitingForRoom = false;
+    BusProtocol::Hello hello{static_cast<std::int32_t>(getpid()), c.type, {}};
+    std::memcpy(hello.name, program_invocation_short_name,
+                strnlen(program_invocation_short_name, sizeof hello.name)); // NUL-padded, not terminated
+    SendCommand(c, Command::kHello, &hello, sizeof hello);
     for (const auto& receiver : c.receivers)
         if (Deliverable(receiver.first))
-            SendCommand(c, BusWire::kSub, Int32(receiver.first));
-    if (!c.dogRecord.empty())
-        SendFrame(c, zmq::message_t(c.dogRecord.data(), c.dogRecord.size()));
+            Subscribe(c, Command::kSub, receiver.first);
+    if (c.monitoring)
+        Watch(c);
+    if (!c.dogRecord.empty()) {
+        zmq::message_t frame(c.dogRecord.data(), c.dogRecord.size());
+        if (SendFrame(c, frame))
+            c.sent = {1, c.dogRecord.size()};
+    }
 }
 
 // Reads the connection events that have arrived; waits up to `timeout` ms for
 // the first one.
 void ReadMonitor(Client& c, int timeout)
 {
-    zmq::pollitem_t item{static_cast<void*>(c.monitor), 0, ZMQ_POLLIN, 0};
     try {
-        while (zmq::poll(&item, 1, std::chrono::milliseconds(timeout)) > 0) {
-            timeout = 0;
-            zmq::message_t event, address;
-            if (!c.monitor.recv(event) || !c.monitor.recv(address))
-                return;
-            std::uint16_t id = 0;
-            if (event.size() >= sizeof id)
-                std::memcpy(&id, event.data(), sizeof id);
-            if (id == ZMQ_EVENT_HANDSHAKE_SUCCEEDED) {
+        BusProtocol::SocketEvent event;
+        for (; BusProtocol::ReadSocketEvent(c.monitor, timeout, event); timeout = 0) {
+            if (event.id == ZMQ_EVENT_HANDSHAKE_SUCCEEDED) {
                 const bool again = !c.connected;
                 c.connected = true;
                 if (again)
                     Introduce(c);
                 BUS_LOG(4, "bus: connected to %s\n", c.endpoint.c_str());
-            } else if (id == ZMQ_EVENT_DISCONNECTED) {
+            } else if (event.id == ZMQ_EVENT_DISCONNECTED) {
                 c.connected = false;
                 BUS_LOG(4, "bus: lost the connection to %s\n", c.endpoint.c_str());
             }
@@ -170,15 +218,32 @@ void ReadMonitor(Client& c, int timeout)
 // within the send timeout.
 bool Connected(Client& c)
 {
-    const long long now = BusWire::Now();
+    const long long now = Now();
     if (!c.connected || now >= c.monitorDue) {
         ReadMonitor(c, 0);
-        c.monitorDue = now + kMonitorMs;
+        c.monitorDue = now + BusProtocol::kMonitorMs;
     }
     return c.connected;
 }
 
-// Receives one message into c.frames, waiting up to `timeout` ms.
+// Tells the daemon what was taken, when enough has gathered, kTookMs have
+// passed since the last time, or `now` says so.
+void Took(Client& c, bool now = false)
+{
+    if (c.owed.messages == 0)
+        return;
+    const long long time = Now();
+    if (now || c.owed.messages >= BusProtocol::kWindowMessages / 2 || c.owed.bytes >= BusProtocol::kWindowBytes / 2 ||
+        time - c.lastTook >= BusProtocol::kTookMs) {
+        const BusProtocol::Credit credit{c.owed.messages, static_cast<std::uint32_t>(c.owed.bytes)};
+        if (SendCommand(c, Command::kTook, &credit, sizeof credit)) {
+            c.owed = Amount();
+            c.lastTook = time;
+        }
+    }
+}
+
+// Receives one message into c.in, waiting up to `timeout` ms.
 Got Receive(Client& c, int timeout)
 {
     try {
@@ -186,15 +251,8 @@ Got Receive(Client& c, int timeout)
             c.socket.set(zmq::sockopt::rcvtimeo, timeout);
             c.receiveTimeout = timeout;
         }
-        if (!c.socket.recv(c.frames[0]))
-            return Got::kNothing;
-        c.count = 1;
-        for (bool more = c.frames[0].more(); more; ++c.count) {
-            zmq::message_t& frame = c.frames[std::min<size_t>(c.count, 1)];
-            (void)c.socket.recv(frame); // the parts of a message arrive together
-            more = frame.more();
-        }
-        return Got::kMessage;
+        c.in.count = BusProtocol::ReceiveFrames(c.socket, c.in.frames);
+        return c.in.count ? Got::kMessage : Got::kNothing;
     } catch (const zmq::error_t& e) {
         if (e.num() == EINTR)
             return Got::kInterrupted;
@@ -203,8 +261,49 @@ Got Receive(Client& c, int timeout)
     }
 }
 
-void Deliver(Client& c, const zmq::message_t& message)
+bool IsBusMessage(const Received& r) { return r.count == 1 && r.frames[0].size() >= BusWire::kHeadSize; }
+
+// Takes a command that the client handles itself. True when `r` is for a
+// receiver instead (a bus message or a monitor's copy).
+bool ForReceiver(Client& c, Received& r)
 {
+    if (IsBusMessage(r))
+        return true;
+    const Command command = BusProtocol::Named(r.frames[0].data(), r.frames[0].size());
+    if (command == Command::kRouted && r.count == 3 && r.frames[1].size() >= sizeof(BusProtocol::Routed))
+        return true;
+    if (command == Command::kRoom && r.count == 2 && r.frames[1].size() == sizeof(BusProtocol::Credit)) {
+        const auto credit = BusProtocol::Read<BusProtocol::Credit>(r.frames[1].data());
+        c.sent.messages -= std::min(c.sent.messages, credit.messages);
+        c.sent.bytes -= std::min<unsigned long long>(c.sent.bytes, credit.bytes);
+        c.waitingForRoom = false;
+    } else if (command == Command::kWait && r.count == 1) {
+        Took(c, true);
+    } else if ((command == Command::kDogs || command == Command::kList) && r.count == 2) {
+        c.owed.messages += 1; // paid for with credit, taken at once
+        c.owed.bytes += r.Cost();
+        c.answer[command == Command::kList] = r.frames[1].to_string();
+        Took(c);
+    } else if (command != Command::kBye) {
+        BUS_LOG(0, "bus: dropped an unknown message \"%s\" from the bus\n",
+                r.frames[0].to_string().substr(0, 16).c_str());
+    }
+    return false;
+}
+
+// Delivers a bus message to its receiver, or a copy to the monitor's sink.
+void Deliver(Client& c, Received& r)
+{
+    c.owed.messages += 1;
+    c.owed.bytes += r.Cost();
+    Took(c);
+    if (!IsBusMessage(r)) {
+        if (c.sink)
+            c.sink(static_cast<const char*>(r.frames[1].data()), r.frames[1].size(),
+                   static_cast<const char*>(r.frames[2].data()), r.frames[2].size(), c.sinkContext);
+        return;
+    }
+    const zmq::message_t& message = r.frames[0];
     const Common::SMessageHead head = BusWire::ReadHead(message.data());
     auto found = c.receivers.find(head.messageId);
     if (found == c.receivers.end()) {
@@ -217,15 +316,22 @@ void Deliver(Client& c, const zmq::message_t& message)
 
 // Waits up to `timeout` ms (negative: without end) for one message and
 // delivers it: 1, or 0 when none came (or a signal came first), -1 on
-// failure. With `dogs`, also ends when the watchdog list has come into it.
-int Wait(Client& c, int timeout, std::string* dogs = nullptr)
+// failure. With `until`, returns 0 as soon as it says so instead.
+template <class Until> int Wait(Client& c, int timeout, Until until)
 {
-    const long long deadline = timeout < 0 ? -1 : BusWire::Now() + timeout;
+    if (!c.kept.empty()) {
+        Received r = std::move(c.kept.front()); // a receiver may wait again
+        c.kept.pop_front();
+        Deliver(c, r);
+        return 1;
+    }
+    const long long deadline = timeout < 0 ? -1 : Now() + timeout;
     for (;;) {
-        long long now = BusWire::Now();
+        long long now = Now();
         if (now >= c.monitorDue) {
             ReadMonitor(c, 0);
-            c.monitorDue = now + kMonitorMs;
+            Took(c);
+            c.monitorDue = now + BusProtocol::kMonitorMs;
         }
         long long wait = c.monitorDue - now;
         if (deadline >= 0)
@@ -238,46 +344,90 @@ int Wait(Client& c, int timeout, std::string* dogs = nullptr)
         case Got::kNothing:
             break;
         case Got::kMessage:
-            if (c.count == 1 && c.frames[0].size() >= BusWire::kHeadSize) {
-                const zmq::message_t message(std::move(c.frames[0])); // a receiver may wait again
-                Deliver(c, message);
+            if (ForReceiver(c, c.in)) {
+                Received r = std::move(c.in);
+                Deliver(c, r);
                 return 1;
             }
-            const std::string command = c.frames[0].to_string();
-            if (command == BusWire::kDogs && c.count == 2 && dogs != nullptr) {
-                *dogs = c.frames[1].to_string();
-                return 0;
-            }
-            if (command != BusWire::kBye && command != BusWire::kDogs)
-                BUS_LOG(0, "bus: dropped an unknown message \"%s\" from the bus\n", command.c_str());
             break;
         }
-        if (deadline >= 0 && BusWire::Now() >= deadline)
+        if (until() || (deadline >= 0 && Now() >= deadline))
             return 0;
     }
 }
 
-// Checks the arguments of a message and builds its frame: header then body.
-bool BuildFrame(const char* function, zmq::message_t& frame, const Common::SMessageHead& head, const char* body,
-                long long length)
+int Wait(Client& c, int timeout)
 {
+    return Wait(c, timeout, [] { return false; });
+}
+
+// Waits until the window has room for a message of `size` bytes, keeping
+// what arrives meanwhile. False when none came within the send timeout or
+// the connection is lost.
+bool Room(Client& c, size_t size)
+{
+    const long long deadline = Now() + BusProtocol::kSendTimeoutMs;
+    while (!BusProtocol::Fits(c.sent.messages, c.sent.bytes, size)) {
+        if (!c.waitingForRoom)
+            c.waitingForRoom = SendCommand(c, Command::kWait);
+        const long long left = deadline - Now();
+        if (left <= 0 || !Connected(c))
+            return false;
+        const Got got = Receive(c, static_cast<int>(std::min<long long>(left, BusProtocol::kMonitorMs)));
+        if (got == Got::kFailed)
+            return false;
+        if (got == Got::kMessage && ForReceiver(c, c.in))
+            c.kept.push_back(std::move(c.in));
+    }
+    return true;
+}
+
+// Checks the arguments of a message and sends it: header then body, within
+// the window. 0, or -1 with a line.
+int Post(Client& c, const char* function, const Common::SMessageHead& head, const char* body, long long length)
+{
+    const char* kind = BusProtocol::IsResponse(head) ? "response" : "event";
     if (length < 0 || length > BusWire::kBodyMax) {
-        Common::gclDebugPrintf(0, "platform/toolkit/src/BusClient", function, __LINE__,
-                               "bus: body length %lld of event 0x%x outside 0..%u, not sent\n", length,
+        Common::gclDebugPrintf(0, __FILE_NAME__, function, __LINE__,
+                               "bus: body length %lld of %s 0x%x outside 0..%u, not sent\n", length, kind,
                                head.messageId, BusWire::kBodyMax);
-        return false;
+        return -1;
     }
     if (body == nullptr && length > 0) {
-        Common::gclDebugPrintf(0, "platform/toolkit/src/BusClient", function, __LINE__,
-                               "bus: null body with length %lld for event 0x%x, not sent\n", length,
+        Common::gclDebugPrintf(0, __FILE_NAME__, function, __LINE__,
+                               "bus: null body with length %lld for %s 0x%x, not sent\n", length, kind,
                                head.messageId);
-        return false;
+        return -1;
     }
-    frame.rebuild(BusWire::kHeadSize + static_cast<size_t>(length));
+    const size_t size = BusWire::kHeadSize + static_cast<size_t>(length);
+    zmq::message_t frame(size);
     BusWire::WriteHead(frame.data(), head);
     if (length > 0)
         std::memcpy(static_cast<char*>(frame.data()) + BusWire::kHeadSize, body, static_cast<size_t>(length));
-    return true;
+    if (!BusProtocol::IsResponse(head) && head.flags == 0 && head.messageId == BusWire::kDogRegister)
+        c.dogRecord.assign(static_cast<const char*>(frame.data()), frame.size());
+    else if (!BusProtocol::IsResponse(head) && head.flags == 0 && head.messageId == BusWire::kDogUnregister)
+        c.dogRecord.clear();
+    if (!Connected(c)) {
+        Common::gclDebugPrintf(0, __FILE_NAME__, function, __LINE__, "bus: no bus daemon at %s, %s 0x%x dropped\n",
+                               c.endpoint.c_str(), kind, head.messageId);
+        return -1;
+    }
+    if (!Room(c, size)) {
+        Common::gclDebugPrintf(0, __FILE_NAME__, function, __LINE__,
+                               "bus: the bus took nothing more from this client for %d ms (a receiver is slow, or "
+                               "the daemon is gone); %s 0x%x not sent\n",
+                               BusProtocol::kSendTimeoutMs, kind, head.messageId);
+        return -1;
+    }
+    if (!SendFrame(c, frame)) {
+        Common::gclDebugPrintf(0, __FILE_NAME__, function, __LINE__, "bus: no bus daemon at %s, %s 0x%x dropped\n",
+                               c.endpoint.c_str(), kind, head.messageId);
+        return -1;
+    }
+    c.sent.messages += 1;
+    c.sent.bytes += size;
+    return 0;
 }
 
 class Daemon : public Common::BusBackend {
@@ -302,11 +452,12 @@ public:
             c->type = clientType;
             c->socket.set(zmq::sockopt::immediate, 1); // queue nothing while there is no daemon
             c->socket.set(zmq::sockopt::linger, 0);
-            c->socket.set(zmq::sockopt::reconnect_ivl, 100);
-            c->socket.set(zmq::sockopt::sndtimeo, kSendTimeoutMs);
-            c->socket.set(zmq::sockopt::sndhwm, kHighWater);
-            c->socket.set(zmq::sockopt::rcvhwm, kHighWater);
-            c->socket.set(zmq::sockopt::maxmsgsize, static_cast<int64_t>(BusWire::kHeadSize + BusWire::kBodyMax));
+            c->socket.set(zmq::sockopt::reconnect_ivl, BusProtocol::kMonitorMs);
+            c->socket.set(zmq::sockopt::sndtimeo, BusProtocol::kSendTimeoutMs);
+            // Credit bounds both ways, not ZeroMQ.
+            c->socket.set(zmq::sockopt::sndhwm, 0);
+            c->socket.set(zmq::sockopt::rcvhwm, 0);
+            c->socket.set(zmq::sockopt::maxmsgsize, static_cast<int64_t>(BusProtocol::kFrameMax + 64 * 1024));
             if (zmq_socket_monitor(static_cast<void*>(c->socket), c->monitorEndpoint.c_str(),
                                    ZMQ_EVENT_HANDSHAKE_SUCCEEDED | ZMQ_EVENT_DISCONNECTED) != 0)
                 throw zmq::error_t();
@@ -317,15 +468,15 @@ public:
             delete c;
             return nullptr;
         }
-        const long long deadline = BusWire::Now() + kConnectTimeoutMs;
-        while (!c->connected && BusWire::Now() < deadline)
-            ReadMonitor(*c, static_cast<int>(deadline - BusWire::Now()));
+        const long long deadline = Now() + BusProtocol::kConnectTimeoutMs;
+        while (!c->connected && Now() < deadline)
+            ReadMonitor(*c, static_cast<int>(deadline - Now()));
         if (!c->connected) {
             BUS_LOG(0, "bus: no bus daemon answers at %s\n", endpoint.c_str());
             delete c;
             return nullptr;
         }
-        c->monitorDue = BusWire::Now() + kMonitorMs;
+        c->monitorDue = Now() + BusProtocol::kMonitorMs;
         std::lock_guard<std::mutex> lock(Clients().mutex);
         Clients().clients.insert(c);
         return c;
@@ -344,11 +495,11 @@ public:
         // it (a watchdog unregistration, say) has arrived. Messages that come
         // meanwhile are not delivered: their receivers are going.
         ReadMonitor(*c, 0);
-        if (c->connected && SendCommand(*c, BusWire::kBye, zmq::message_t(), false)) {
-            const long long deadline = BusWire::Now() + kByeTimeoutMs;
-            for (long long left = kByeTimeoutMs; left > 0; left = deadline - BusWire::Now())
-                if (Receive(*c, static_cast<int>(left)) == Got::kMessage && c->count == 1 &&
-                    c->frames[0].to_string() == BusWire::kBye)
+        if (c->connected && SendCommand(*c, Command::kBye)) {
+            const long long deadline = Now() + BusProtocol::kByeTimeoutMs;
+            for (long long left = BusProtocol::kByeTimeoutMs; left > 0; left = deadline - Now())
+                if (Receive(*c, static_cast<int>(left)) == Got::kMessage && c->in.count == 1 &&
+                    BusProtocol::Named(c->in.frames[0].data(), c->in.frames[0].size()) == Command::kBye)
                     break;
         }
         zmq_socket_monitor(static_cast<void*>(c->socket), nullptr, 0);
@@ -364,7 +515,7 @@ public:
         // event outside 16 bits is never delivered: the daemon is not told.
         c->receivers[event] = callback;
         if (Deliverable(event) && Connected(*c))
-            SendCommand(*c, BusWire::kSub, Int32(event));
+            Subscribe(*c, Command::kSub, event);
         return 0;
     }
 
@@ -375,7 +526,7 @@ public:
             return -1;
         c->receivers.erase(event);
         if (Deliverable(event) && Connected(*c))
-            SendCommand(*c, BusWire::kUnsub, Int32(event));
+            Subscribe(*c, Command::kUnsub, event);
         return 0;
     }
 
@@ -393,22 +544,7 @@ public:
             BUS_LOG(0, "bus: event 0x%x is a response id: K7X_MSGResponseMessage answers; not sent\n", messageId);
             return -1;
         }
-        // On the way to the daemon the flags field names the destination client;
-        // the daemon replaces it with the sender's client id.
-        const Common::SMessageHead head{flags, session, static_cast<unsigned short>(destination),
-                                        static_cast<unsigned short>(messageId), static_cast<unsigned int>(length)};
-        zmq::message_t frame;
-        if (!BuildFrame(__func__, frame, head, body, length))
-            return -1;
-        if (destination == 0 && messageId == BusWire::kDogRegister)
-            c->dogRecord.assign(static_cast<const char*>(frame.data()), frame.size());
-        else if (destination == 0 && messageId == BusWire::kDogUnregister)
-            c->dogRecord.clear();
-        if (!Connected(*c) || !SendFrame(*c, std::move(frame))) {
-            BUS_LOG(0, "bus: no bus daemon at %s, event 0x%x dropped\n", c->endpoint.c_str(), messageId);
-            return -1;
-        }
-        return 0;
+        return Post(*c, __func__, BusProtocol::Outgoing(flags, session, destination, messageId, length), body, length);
     }
 
     int Respond(K7X_MSG_HANDLE handle, Common::SMessageHead* head, const char* body, unsigned int length) override
@@ -420,22 +556,7 @@ public:
             BUS_LOG(0, "bus: response without the request's header, not sent\n");
             return -1;
         }
-        // The request's source module and session come back; its flags field
-        // (the requesting client) tells the daemon where the response goes.
-        Common::SMessageHead request;
-        std::memcpy(&request, head, sizeof request);
-        const Common::SMessageHead response{request.sourceId, request.session, request.flags,
-                                            static_cast<unsigned short>(request.messageId | BusWire::kResponseBit),
-                                            length};
-        zmq::message_t frame;
-        if (!BuildFrame(__func__, frame, response, body, length))
-            return -1;
-        if (!Connected(*c) || !SendFrame(*c, std::move(frame))) {
-            BUS_LOG(0, "bus: no bus daemon at %s, response 0x%x dropped\n", c->endpoint.c_str(),
-                    response.messageId);
-            return -1;
-        }
-        return 0;
+        return Post(*c, __func__, BusProtocol::Response(BusWire::ReadHead(head), length), body, length);
     }
 
     int Wait(K7X_MSG_HANDLE handle, int timeout) override
@@ -444,39 +565,49 @@ public:
         return c == nullptr ? -1 : ::Wait(*c, timeout);
     }
 
-    bool QueryDogs(K7X_MSG_HANDLE handle, int timeout, std::string& text)
+    bool Query(K7X_MSG_HANDLE handle, ToolkitHost::BusList what, int timeout, std::string& text) override
     {
         Client* c = Find(handle, __func__);
-        if (c == nullptr || !Connected(*c) || !SendCommand(*c, BusWire::kDogs, zmq::message_t(), false))
+        const bool clients = what == ToolkitHost::BusList::kClients;
+        if (c == nullptr || !Connected(*c) || !SendCommand(*c, clients ? Command::kList : Command::kDogs))
             return false;
-        const long long deadline = BusWire::Now() + timeout;
-        for (long long left = timeout; text.empty() && left > 0; left = deadline - BusWire::Now())
-            if (::Wait(*c, static_cast<int>(left), &text) < 0)
+        std::string& answer = c->answer[clients];
+        answer.clear();
+        const long long deadline = Now() + timeout;
+        for (long long left = timeout; answer.empty() && left > 0; left = deadline - Now())
+            if (::Wait(*c, static_cast<int>(left), [&] { return !answer.empty(); }) < 0)
                 break;
+        text.swap(answer);
         return !text.empty();
     }
-};
 
-Daemon& TheDaemon()
-{
-    static Daemon daemon;
-    return daemon;
-}
+    bool Monitor(K7X_MSG_HANDLE handle, const std::vector<int>& events, ToolkitHost::RoutedSink sink,
+                 void* context) override
+    {
+        Client* c = Find(handle, __func__);
+        if (c == nullptr || sink == nullptr)
+            return false;
+        for (int event : events)
+            if (!Deliverable(event))
+                return false;
+        c->watched = events;
+        c->monitoring = true;
+        c->sink = sink;
+        c->sinkContext = context;
+        if (Connected(*c))
+            Watch(*c);
+        return true;
+    }
+};
 
 } // namespace
 
 namespace Common {
 
-BusBackend& DaemonBus() { return TheDaemon(); }
-
-} // namespace Common
-
-namespace ToolkitHost {
-
-bool QueryDogs(Common::K7X_MSG_HANDLE handle, int timeout, std::string& text)
+BusBackend& DaemonBus()
 {
-    text.clear();
-    return TheDaemon().QueryDogs(handle, timeout, text);
+    static Daemon daemon;
+    return daemon;
 }
 
-} // namespace ToolkitHost
+} // namespace Common

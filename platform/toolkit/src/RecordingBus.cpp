@@ -138,6 +138,10 @@ public:
         std::lock_guard<std::mutex> lock(bus.mutex);
         return Record(bus, Call("K7X_MSGWaitForEvent", handle, {timeout}));
     }
+
+    // No daemon stands behind the double: it has no lists and routes nothing.
+    bool Query(K7X_MSG_HANDLE, ToolkitHost::BusList, int, std::string&) override { return false; }
+    bool Monitor(K7X_MSG_HANDLE, const std::vector<int>&, ToolkitHost::RoutedSink, void*) override { return false; }
 };
 
 } // namespace

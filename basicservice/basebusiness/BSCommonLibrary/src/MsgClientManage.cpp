@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cstdarg>
-#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -208,16 +207,12 @@ void CMsgClientManage::ReceiveMessageHandle(char const* message, int length)
         MSG_LOG(0, "MSG_MANAGE: OnGetMsg, Invalid Parameter Length, event = 0x%x, length = %d!\n", 0u, length);
         return;
     }
-    // The buffer need not be aligned: copy the header fields out.
-    int sourceId;
-    int session;
-    unsigned short messageId;
-    unsigned int lengthWord;
-    std::memcpy(&sourceId, message + offsetof(Common::SMessageHead, sourceId), sizeof sourceId);
-    std::memcpy(&session, message + offsetof(Common::SMessageHead, session), sizeof session);
-    std::memcpy(&messageId, message + offsetof(Common::SMessageHead, messageId), sizeof messageId);
-    std::memcpy(&lengthWord, message + offsetof(Common::SMessageHead, length), sizeof lengthWord);
-    const unsigned int event = messageId;
+    // The buffer need not be aligned: the header is copied out.
+    const Common::SMessageHead head = BusWire::ReadHead(message);
+    const int sourceId = head.sourceId;
+    const int session = head.session;
+    const unsigned int lengthWord = head.length;
+    const unsigned int event = head.messageId;
 
     if (static_cast<long long>(lengthWord & BusWire::kBodyMax) + kHeadSize != length) {
         MSG_LOG(0, "MSG_MANAGE: OnGetMsg, Invalid Parameter Length, event = 0x%x, length = %d!\n", event, length);
