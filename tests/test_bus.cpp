@@ -1142,6 +1142,21 @@ TEST(StuckClient, DISABLED_SubscribesAndNeverTakes)
     pause(); // until killed
 }
 
+// Runs commands as a user does, their output in files, while the test's own
+// clients take their messages (`pump`, and `poke` per command).
+struct Shell {
+    std::string base;
+    std::function<void()> pump;
+    int Run(const std::string& command, const std::string& input = "", const std::function<void()>& poke = [] {})
+    {
+        std::ofstream(base + ".in") << input;
+        const pid_t pid = Spawn(command + " <" + base + ".in >" + base + ".out 2>" + base + ".err");
+        return Reap(pid, 10000 * kSlow, [&] { pump(), poke(); });
+    }
+    std::string Out() const { return paratest::Slurp(base + ".out"); }
+    std::string Err() const { return paratest::Slurp(base + ".err"); }
+};
+
 // mdvr-bus and mdvr-busd as a user runs them, against the test's own clients.
 TEST_F(Bus, ToolSendsCallsListensAndListsWatchdogs)
 {
@@ -1160,18 +1175,15 @@ TEST_F(Bus, ToolSendsCallsListensAndListsWatchdogs)
     service.MSGEventRegister(1, 0x90, &answering, &Answering::Answer);
     PumpFor({&service}, 50);
 
-    const std::string base = daemon.dir() + "/tool";
-    // Runs a command while the service takes its messages (and `poke` runs).
+    Shell shell{daemon.dir() + "/tool", [&] { service.MSGWaitForEvent(2); }};
     auto run = [&](const std::string& command, const std::string& input = "", std::function<void()> poke = [] {}) {
-        std::ofstream(base + ".in") << input;
-        const pid_t pid = Spawn(command + " <" + base + ".in >" + base + ".out 2>" + base + ".err");
-        return Reap(pid, 10000 * kSlow, [&] { service.MSGWaitForEvent(2), poke(); });
+        return shell.Run(command, input, poke);
     };
     auto tool = [&](const std::string& arguments, const std::string& input = "", std::function<void()> poke = [] {}) {
-        return run(MDVR_BUS_COMMAND " " + arguments, input, poke);
+        return shell.Run(MDVR_BUS_COMMAND " " + arguments, input, poke);
     };
-    auto out = [&] { return paratest::Slurp(base + ".out"); };
-    auto err = [&] { return paratest::Slurp(base + ".err"); };
+    auto out = [&] { return shell.Out(); };
+    auto err = [&] { return shell.Err(); };
 
     EXPECT_EQ(tool("call 0x90 '{\"A\":1}' --session 9 --module 4"), 0) << err();
     const std::string response = out(), header = "event 0x8090 (response)  source 4  session 9  client ",
@@ -1251,6 +1263,101 @@ TEST_F(Bus, ToolSendsCallsListensAndListsWatchdogs)
     for (const char* tool : {"mdvr-bus", "mdvr-busd"}) {
         EXPECT_EQ(run(std::string(tool) == "mdvr-bus" ? MDVR_BUS_COMMAND " --version" : MDVR_BUSD_COMMAND " --version"), 0);
         EXPECT_EQ(out(), std::string(tool) + " (BSCommonLibrary) " BSCOMMON_VERSION "\n");
+    }
+}
+
+// What passes on the bus, seen by mdvr-bus list, monitor and capture (read
+// back with tshark and the dissector), and sent again by replay.
+TEST_F(Bus, ToolListsMonitorsCapturesAndReplaysWhatPasses)
+{
+    char name[32] = "list-test";
+    CMsgClientManage service(name, 0), asker(nullptr, 0);
+    struct Answering : Module {
+        CMsgClientManage* bus;
+        void Answer(const char* message, int length)
+        {
+            On(message, length);
+            Common::SMessageHead head = BusWire::ReadHead(message);
+            bus->MSGResponseMessage(&head, "done", 4);
+        }
+    } answering;
+    answering.bus = &service;
+    Module answers;
+    service.MSGEventRegister(1, 0x90, &answering, &Answering::Answer);
+    asker.MSGEventRegister(4, 0x8090, &answers, &Module::On);
+    const std::vector<CMsgClientManage*> both{&service, &asker};
+    PumpFor(both, 50);
+    Shell shell{daemon.dir() + "/tool", [&] { service.MSGWaitForEvent(1), asker.MSGWaitForEvent(1); }};
+
+    // The clients, with their process, subscriptions and watchdogs.
+    EXPECT_EQ(shell.Run(MDVR_BUS_COMMAND " list --json"), 0) << shell.Err();
+    const std::string pid = std::to_string(getpid());
+    const std::string listed = shell.Out();
+    EXPECT_EQ(Count(listed, "\n"), 3u) << listed; // the two and the tool itself
+    EXPECT_EQ(Count(listed, "{\"congested\":false,\"dogs\":[\"list-test\"],\"dropped\":0,\"events\":[144],\"id\":1,"
+                            "\"monitor\":false,\"name\":\"test_bus\",\"pid\":" + pid + ","),
+              1u) << listed;
+    EXPECT_EQ(Count(listed, "\"events\":[32912],\"id\":2,\"monitor\":false,\"name\":\"test_bus\""), 1u) << listed;
+    EXPECT_EQ(shell.Run(MDVR_BUS_COMMAND " list"), 0);
+    EXPECT_EQ(shell.Out().substr(0, 21), "CLIENT      PID NAME ");
+    EXPECT_NE(shell.Out().find(" 0x90 / list-test\n"), std::string::npos) << shell.Out();
+
+    // A monitor and a capture, each for the three messages to come.
+    const std::string capture = daemon.dir() + "/bus.pcapng", watched = daemon.dir() + "/monitor";
+    const pid_t monitor = Spawn(MDVR_BUS_COMMAND " monitor --json --count 3 >" + watched + " 2>&1");
+    const pid_t capturing = Spawn(MDVR_BUS_COMMAND " capture " + capture + " --count 3 2>" + watched + ".err");
+    ASSERT_TRUE(Pump(both, 5000, [&] {
+        std::string text;
+        Common::K7X_MSG_HANDLE c = Common::K7X_MSGCreateMessageClient(BusWire::kClientType, "127.0.0.1", 0);
+        ToolkitHost::QueryBus(c, ToolkitHost::BusList::kClients, 1000, text);
+        Common::K7X_MSGDestroyMessageClient(c);
+        return Count(text, "\"monitor\":true") == 2;
+    }));
+    ASSERT_EQ(Send(asker, 0x90, "{\"Q\":1}", 0, 9, 4), 0);                   // to the service
+    ASSERT_TRUE(Pump(both, 2000, [&] { return answers.got.size() == 1; })); // and its answer back
+    ASSERT_EQ(Send(asker, 0x91, "nobody's", 0, 10, 4), 0);
+    EXPECT_EQ(Reap(monitor, 5000 * kSlow, shell.pump), 0) << paratest::Slurp(watched);
+    EXPECT_EQ(Reap(capturing, 5000 * kSlow, shell.pump), 0) << paratest::Slurp(watched + ".err");
+    EXPECT_EQ(paratest::Slurp(watched + ".err"), "mdvr-bus: 3 messages captured\n");
+    const std::string seen = paratest::Slurp(watched);
+    const Texts lines = {
+        "\"asked\":0,\"client\":2,\"event\":144,\"json\":{\"Q\":1},\"length\":7,\"missed\":0,\"response\":false,"
+        "\"session\":9,\"source\":4,\"timeUs\":",
+        "\"asked\":2,\"client\":1,\"event\":32912,\"length\":4,\"missed\":0,\"response\":true,\"session\":9,"
+        "\"source\":4,\"text\":\"done\",\"timeUs\":",
+        "\"asked\":0,\"client\":2,\"event\":145,\"length\":8,\"missed\":0,\"response\":false,\"session\":10,"
+        "\"source\":4,\"text\":\"nobody's\",\"timeUs\":",
+    };
+    const Texts to = {",\"to\":[1]}", ",\"to\":[2]}", ",\"to\":[]}"};
+    size_t at = 0;
+    for (size_t i = 0; i < lines.size(); ++i) {
+        SCOPED_TRACE(lines[i]);
+        at = seen.find("{" + lines[i], at);
+        ASSERT_NE(at, std::string::npos) << seen;
+        const size_t end = seen.find('\n', at);
+        EXPECT_EQ(seen.substr(end - to[i].size(), to[i].size()), to[i]) << seen;
+    }
+
+    // Read back by tshark through the dissector of docs/.
+    const pid_t reader = Spawn("tshark -r " + capture + " -X lua_script:" DOCS_DIR "/mdvr-bus.lua -T fields -E "
+                               "separator=, -e mdvrbus.source -e mdvrbus.asked -e mdvrbus.target -e mdvrbus.sourceid "
+                               "-e mdvrbus.session -e mdvrbus.event -e mdvrbus.response -e mdvrbus.length "
+                               "-e mdvrbus.body >" + watched + ".tshark 2>/dev/null");
+    ASSERT_EQ(Reap(reader, 30000), 0) << "tshark (Debian package tshark) is needed to read captures back";
+    EXPECT_EQ(paratest::Slurp(watched + ".tshark"), "2,0,1,4,9,0x0090,0,7,7b2251223a317d\n"
+                                                    "1,2,2,4,9,0x8090,1,4,646f6e65\n"
+                                                    "2,0,,4,10,0x0091,0,8,6e6f626f64792773\n");
+
+    // Sent again: the requests and notifications, not the response.
+    EXPECT_EQ(shell.Run(MDVR_BUS_COMMAND " replay " + capture + " --speed 4"), 0) << shell.Err();
+    EXPECT_EQ(shell.Out(), "replayed 2 of 3 messages (1 responses skipped: they answer requests of the captured "
+                           "session)\n");
+    ASSERT_TRUE(Pump(both, 2000, [&] { return answering.got.size() == 2; }));
+    EXPECT_EQ(answering.Seen(1), "source 4 session 9 event 144 length 7 {\"Q\":1}");
+    for (const std::string& bad : Texts{" replay /nonexistent", " replay " + watched, " replay x --speed 0",
+                                        " monitor 0x10000", " listen 1 --timeout -5"}) {
+        EXPECT_EQ(shell.Run(MDVR_BUS_COMMAND + bad), 2) << bad;
+        EXPECT_EQ(Count(shell.Err(), "\n"), 1u) << shell.Err();
     }
 }
 

@@ -31,6 +31,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <functional>
+#include <limits>
 #include <iostream>
 #include <memory>
 #include <sstream>
@@ -484,11 +485,11 @@ int main(int argc, char** argv)
     auto addUntil = [&](CLI::App* command) {
         command->add_option("-n,--count", count, "stop after this many messages (default: without end)")
             ->type_name("N")
-            ->check(CLI::NonNegativeNumber);
+            ->check(CLI::Range(0, std::numeric_limits<int>::max()).description(""));
         command->add_option("-t,--timeout", waitTimeout,
                             "stop after this many milliseconds (default: without end; exit status 1 if none came)")
             ->type_name("MS")
-            ->check(CLI::NonNegativeNumber);
+            ->check(CLI::Range(0, std::numeric_limits<int>::max()).description(""));
         addPort(command);
     };
     CLI::App* send = app.add_subcommand("send", "send a message");
@@ -497,7 +498,7 @@ int main(int argc, char** argv)
     addMessage(call);
     call->add_option("-t,--timeout", timeout, "milliseconds to wait for the response (default 2000)")
         ->type_name("MS")
-        ->check(CLI::NonNegativeNumber);
+        ->check(CLI::Range(0, std::numeric_limits<int>::max()).description(""));
     CLI::App* listen = app.add_subcommand("listen", "print the messages of the given events");
     listen->add_option("events", events, "message ids (events), 0..0xFFFF")->type_name("EVENT...")->required();
     listen->add_flag("--json", json, "one JSON object per message and line");
