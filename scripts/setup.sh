@@ -3,7 +3,8 @@
 #   scripts/setup.sh host   compiler, CMake, JsonCpp, GoogleTest, Google Benchmark,
 #                           valgrind, ZeroMQ (libzmq, cppzmq) and CLI11 for the development bus
 #                           and mdvr-param, Python's JSON Schema validator for the tests,
-#                           doxygen (API reference), help2man and man-db (man pages and their check)
+#                           doxygen (API reference), help2man and man-db (man pages and their check),
+#                           tshark (the bus tests read a capture back with it)
 #   scripts/setup.sh all    the above plus the armhf cross compiler, qemu-user and
 #                           mmdebstrap, then the armhf sysroot (scripts/armhf-sysroot.sh:
 #                           the armhf libraries and headers, extracted into build/ or
@@ -20,7 +21,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 . "$here/fetch.sh"
 
 want=(cmake make g++ libjsoncpp-dev libgtest-dev libbenchmark-dev valgrind libzmq3-dev cppzmq-dev libcli11-dev
-      python3-jsonschema doxygen help2man man-db)
+      python3-jsonschema doxygen help2man man-db tshark)
 if [ "${1:-all}" = all ]; then
     want+=(g++-arm-linux-gnueabihf binutils-arm-linux-gnueabihf qemu-user mmdebstrap)
     want+=(clang libclang-rt-14-dev abigail-tools pkg-config)
