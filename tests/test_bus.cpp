@@ -2,6 +2,7 @@
 // sockets; where the bus is; then the whole bus: a real mdvr-busd on an ipc
 // socket of the test's own, clients built on CMsgClientManage and the host
 // libtoolkit, raw connections, and mdvr-bus.
+#include "BusCapture.h"
 #include "BusProtocol.h"
 #include "MsgClientManage.h"
 #include "ParaTestSupport.h"
@@ -450,6 +451,109 @@ TEST_F(RouterTest, ReusesClientIdsOverMoreConnectionsThanIdsAndTellsLeftoversFro
     EXPECT_TRUE(stale);
     EXPECT_NE(clients.Admit(std::string("\0\xff\xff\xff\xf2", 5), 50, 501, stale, replaced), 0);
     EXPECT_FALSE(stale);
+}
+
+// --- capture files --------------------------------------------------------------------
+
+std::string Written(const std::vector<buscapture::Routed>& messages)
+{
+    std::FILE* file = std::tmpfile();
+    buscapture::Writer writer(file);
+    EXPECT_TRUE(writer.Start());
+    for (const buscapture::Routed& m : messages)
+        EXPECT_TRUE(writer.Write(m));
+    std::string bytes(static_cast<size_t>(std::ftell(file)), '\0');
+    std::rewind(file);
+    EXPECT_EQ(std::fread(&bytes[0], 1, bytes.size(), file), bytes.size());
+    std::fclose(file);
+    return bytes;
+}
+
+bool ReadBack(const std::string& bytes, std::vector<buscapture::Routed>& out, std::string& error)
+{
+    std::FILE* file = std::tmpfile();
+    std::fwrite(bytes.data(), 1, bytes.size(), file);
+    std::rewind(file);
+    const bool read = buscapture::Read(file, out, error);
+    std::fclose(file);
+    return read;
+}
+
+buscapture::Routed Routed(long long timeUs, unsigned short source, unsigned short asked,
+                          std::vector<unsigned short> targets, const Common::SMessageHead& head, const std::string& body)
+{
+    buscapture::Routed r;
+    r.timeUs = timeUs, r.source = source, r.asked = asked, r.targets = std::move(targets), r.message = Bytes(head, body);
+    return r;
+}
+
+TEST(BusCapture, ReadsBackWhatItWroteAndRefusesWhatItCannotTrust)
+{
+    const std::vector<buscapture::Routed> messages = {
+        Routed(1732456789123456LL, 3, 0, {1, 2, 7}, {5, 77, 3, 0x42, 2}, "hi"),
+        Routed(1732456789123457LL, 1, 3, {3}, {5, 77, 1, 0x8042, 0}, ""), // a response
+        Routed(0, 9, 0, {}, {0, 0, 9, 0x43, 3}, std::string("\0\xff\n", 3)),
+        Routed(1LL << 40, 0xFFFF, 0xFFFF, {0xFFFF}, {-1, -1, 0xFFFF, 0xFFFF, 1 << 20}, std::string(1 << 20, 'b')),
+    };
+    const std::string good = Written(messages);
+    std::vector<buscapture::Routed> back;
+    std::string error;
+    ASSERT_TRUE(ReadBack(good, back, error)) << error;
+    ASSERT_EQ(back.size(), messages.size());
+    for (size_t i = 0; i < back.size(); ++i) {
+        EXPECT_EQ(back[i].timeUs, messages[i].timeUs) << i;
+        EXPECT_EQ(back[i].source, messages[i].source) << i;
+        EXPECT_EQ(back[i].asked, messages[i].asked) << i;
+        EXPECT_EQ(back[i].targets, messages[i].targets) << i;
+        EXPECT_EQ(back[i].message, messages[i].message) << i;
+    }
+
+    // Offsets: the section header is 28 bytes, the interface 20, the first packet block 64
+    // (its packet at 76, the message at 90).
+    auto patched = [&](size_t at, std::uint32_t value) {
+        std::string bytes = good;
+        std::memcpy(&bytes[at], &value, sizeof value);
+        return bytes;
+    };
+    const struct {
+        const char* name;
+        std::string bytes;
+        std::string error;
+    } bad[] = {
+        {"empty", "", "not a pcapng file: it is empty"},
+        {"text", "PARAMETER = 1\n", "not a pcapng file"},
+        {"cut in a block", good.substr(0, 60), "block at offset 48: cut short"},
+        {"cut in a block's head", good.substr(0, 52), "block at offset 48: cut short"},
+        {"big-endian", patched(8, 0x4D3C2B1A), "block at offset 0: big-endian sections are not read"},
+        {"no magic", patched(8, 0x12345678), "block at offset 0: bad byte-order magic"},
+        {"length not of 4", patched(52, 47), "block at offset 48: length 47 is not a multiple of 4 of at least 12"},
+        {"length too short", patched(52, 8), "block at offset 48: length 8 is not a multiple of 4 of at least 12"},
+        {"length of 4 GiB", patched(52, 0xFFFFFFFC),
+         "block at offset 48: length 4294967292 is more than a bus message needs"},
+        {"length past the end", patched(52, 1u << 22), "block at offset 48: cut short"},
+        {"trailing length", patched(108, 40), "block at offset 48: trailing length 40 is not 64"},
+        {"another link type", patched(36, 1), "block at offset 28: an interface of another link type than USER0 (147)"},
+        {"undescribed interface", patched(56, 1),
+         "block at offset 48: packet of interface 1, which is not described"},
+        {"packet past its block", patched(68, 100),
+         "block at offset 48: packet of 100 bytes does not fit its block or was cut"},
+        {"not a bus message", patched(102, 3), "block at offset 48: not a bus message"},
+    };
+    for (const auto& c : bad) {
+        SCOPED_TRACE(c.name);
+        EXPECT_FALSE(ReadBack(c.bytes, back, error));
+        EXPECT_EQ(error, c.error);
+    }
+    // Whatever the bytes, an answer and nothing read or written out of bounds.
+    std::mt19937 random(29);
+    const std::string small = good.substr(0, 48 + 64 + 64);
+    for (int i = 0; i < 3000; ++i) {
+        std::string bytes = small;
+        for (int n = 1 + random() % 4; n > 0; --n)
+            bytes[random() % bytes.size()] = static_cast<char>(random());
+        const bool read = ReadBack(bytes.substr(0, bytes.size() - random() % 8), back, error);
+        EXPECT_TRUE(read || !error.empty());
+    }
 }
 
 // --- where the bus is -------------------------------------------------------------------
