@@ -60,9 +60,10 @@ bool Flow::Ready(ClientId sender, size_t size, const std::vector<ClientId>& targ
 
 void Flow::Deliver(ClientId sender, unsigned short asked, zmq::message_t& message, const std::vector<ClientId>& targets)
 {
-    const size_t size = message.size();
+    const size_t size = message.size(); // before it may be moved away
     delivered_.clear();
-    for (ClientId id : targets) {
+    for (size_t i = 0; i < targets.size(); ++i) {
+        const ClientId id = targets[i];
         Client* r = clients_.Find(id);
         if (r == nullptr || r->gone)
             continue;
@@ -71,7 +72,10 @@ void Flow::Deliver(ClientId sender, unsigned short asked, zmq::message_t& messag
             continue;
         }
         zmq::message_t copy;
-        copy.copy(message); // shares the bytes
+        if (i + 1 < targets.size() || !monitors_.empty())
+            copy.copy(message); // shares the bytes
+        else
+            copy.move(message); // the last one needs no copy: the bytes go as they came
         if (Send(id, *r, &copy, 1))
             delivered_.push_back(id);
     }

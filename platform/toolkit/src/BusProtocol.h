@@ -153,7 +153,7 @@ inline bool IsResponse(const Common::SMessageHead& head) { return (head.messageI
 
 // --- limits and clocks ------------------------------------------------------------
 const size_t kFrameMax = BusWire::kHeadSize + BusWire::kBodyMax; // the largest bus message
-const unsigned int kWindowMessages = 256;     // credit, each way, per client
+const unsigned int kWindowMessages = 1024;   // credit, each way, per client
 const unsigned int kWindowBytes = 8u << 20;   // ... and in bytes (one delivery more when nothing is in flight)
 const int kTookMs = 100;        // a client reports what it took at least this often
 const int kCongestionMs = 500;  // a client that takes nothing for this long is congested
