@@ -775,6 +775,19 @@ struct Module {
     }
 };
 
+// A module that answers every message it gets with `answer`.
+struct Answering : Module {
+    Answering(CMsgClientManage* bus, std::string answer) : bus(bus), answer(std::move(answer)) {}
+    CMsgClientManage* bus;
+    std::string answer;
+    void Answer(const char* message, int length)
+    {
+        On(message, length);
+        Common::SMessageHead head = BusWire::ReadHead(message);
+        bus->MSGResponseMessage(&head, answer.data(), static_cast<int>(answer.size()));
+    }
+};
+
 // Lets every client take its messages until `done` or `ms` have passed.
 template <class Done> bool Pump(const std::vector<CMsgClientManage*>& clients, int ms, Done done)
 {
@@ -1266,16 +1279,7 @@ TEST_F(Bus, ToolSendsCallsListensAndListsWatchdogs)
 {
     char name[32] = "tool-test";
     CMsgClientManage service(name, 0);
-    struct Answering : Module {
-        CMsgClientManage* bus;
-        void Answer(const char* message, int length)
-        {
-            On(message, length);
-            Common::SMessageHead head = BusWire::ReadHead(message);
-            bus->MSGResponseMessage(&head, "{\"OK\":[1,2]}", 12);
-        }
-    } answering;
-    answering.bus = &service;
+    Answering answering{&service, "{\"OK\":[1,2]}"};
     service.MSGEventRegister(1, 0x90, &answering, &Answering::Answer);
     PumpFor({&service}, 50);
 
@@ -1376,16 +1380,7 @@ TEST_F(Bus, ToolListsMonitorsCapturesAndReplaysWhatPasses)
 {
     char name[32] = "list-test";
     CMsgClientManage service(name, 0), asker(nullptr, 0);
-    struct Answering : Module {
-        CMsgClientManage* bus;
-        void Answer(const char* message, int length)
-        {
-            On(message, length);
-            Common::SMessageHead head = BusWire::ReadHead(message);
-            bus->MSGResponseMessage(&head, "done", 4);
-        }
-    } answering;
-    answering.bus = &service;
+    Answering answering{&service, "done"};
     Module answers;
     service.MSGEventRegister(1, 0x90, &answering, &Answering::Answer);
     asker.MSGEventRegister(4, 0x8090, &answers, &Module::On);

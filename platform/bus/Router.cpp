@@ -134,23 +134,27 @@ bool Router::OnBye(ClientId id, Client&, const zmq::message_t*)
 
 bool Router::OnSubscribe(ClientId id, Client& client, const zmq::message_t* argument)
 {
-    const int event = BusProtocol::Read<BusProtocol::Event>(argument->data()).event;
-    if (!InSixteenBits(event))
-        return Bad(id, "event %d outside 16 bits", event);
-    client.events.insert(event);
-    subscriptions_.Add(event, id);
-    BUS_LOG(4, "bus: client %u subscribed event 0x%x\n", id, event);
-    return true;
+    return Subscription(id, client, argument, true);
 }
 
 bool Router::OnUnsubscribe(ClientId id, Client& client, const zmq::message_t* argument)
 {
+    return Subscription(id, client, argument, false);
+}
+
+bool Router::Subscription(ClientId id, Client& client, const zmq::message_t* argument, bool subscribe)
+{
     const int event = BusProtocol::Read<BusProtocol::Event>(argument->data()).event;
     if (!InSixteenBits(event))
         return Bad(id, "event %d outside 16 bits", event);
-    client.events.erase(event);
-    subscriptions_.Remove(event, id);
-    BUS_LOG(4, "bus: client %u left event 0x%x\n", id, event);
+    if (subscribe) {
+        client.events.insert(event);
+        subscriptions_.Add(event, id);
+    } else {
+        client.events.erase(event);
+        subscriptions_.Remove(event, id);
+    }
+    BUS_LOG(4, "bus: client %u %s event 0x%x\n", id, subscribe ? "subscribed" : "left", event);
     return true;
 }
 

@@ -50,6 +50,7 @@ private:
     bool OnBye(ClientId id, Client& client, const zmq::message_t* argument);
     bool OnSubscribe(ClientId id, Client& client, const zmq::message_t* argument);
     bool OnUnsubscribe(ClientId id, Client& client, const zmq::message_t* argument);
+    bool Subscription(ClientId id, Client& client, const zmq::message_t* argument, bool subscribe);
     bool OnDogs(ClientId id, Client& client, const zmq::message_t* argument);
     bool OnList(ClientId id, Client& client, const zmq::message_t* argument);
     bool OnMonitor(ClientId id, Client& client, const zmq::message_t* argument);
