@@ -172,7 +172,7 @@ struct Recorder : busd::Outlet {
     static std::string Shown(const zmq::message_t& frame, size_t at)
     {
         const char* data = static_cast<const char*>(frame.data());
-        if (at == 0 && frame.size() >= BusWire::kHeadSize) { // a bus message, or a monitor's copy
+        if ((at == 0 || at == 2) && frame.size() >= BusWire::kHeadSize) { // a bus message, or a monitor's copy of one
             const Common::SMessageHead h = BusWire::ReadHead(data);
             return "[" + std::to_string(h.flags) + " 0x" + Hex(h.messageId) + " " + std::to_string(h.length) + " " +
                    std::string(data + BusWire::kHeadSize, frame.size() - BusWire::kHeadSize) + "]";
@@ -407,6 +407,48 @@ TEST_F(RouterTest, HoldsASenderForItsSlowestReceiverAndDropsOnlyForOneThatTakesN
     for (unsigned i = 0; i < 2 * window; ++i) // a window in flight to the stuck one, a window waiting
         ASSERT_EQ(Handle(rogue, {Bytes({0, 0, 0, 0x51, 4}, Arg(i))}).substr(0, 2), "ok") << i;
     EXPECT_EQ(Handle(rogue, {Bytes({0, 0, 0, 0x51, 4}, Arg(0u))}), "close");
+}
+
+TEST_F(RouterTest, WhatASenderSentGoesOutAfterItHasGone)
+{
+    const busd::ClientId sender = Connect("s"), slow = Connect("slow");
+    Handle(slow, {"SUB", Event(0x50)});
+    const std::string m = Bytes({0, 0, 0, 0x50, 1}, "m");
+    for (unsigned i = 0; i < BusProtocol::kWindowMessages; ++i)
+        Handle(sender, {m});
+    EXPECT_EQ(Handle(sender, {Bytes({0, 0, 0, 0x50, 4}, "last")}), "ok slow: WAIT");
+    router.Forget(sender); // its process ended, say, right after its send returned
+    ASSERT_NE(router.clients().Find(sender), nullptr);
+    EXPECT_EQ(Handle(slow, {"TOOK", Took(1, 17)}), "ok slow: [1 0x50 4 last]");
+    EXPECT_EQ(router.clients().Find(sender), nullptr); // and then its id is free
+}
+
+TEST_F(RouterTest, AMonitorGetsWhatItHasCreditForAndNeverHoldsTheBusUp)
+{
+    const busd::ClientId sender = Connect("s"), receiver = Connect("r"), monitor = Connect("m");
+    Handle(receiver, {"SUB", Event(0x60)});
+    ASSERT_EQ(Handle(monitor, {"MONITOR", Event(0x60) + Event(0x8060)}), "ok");
+    const std::string x = Bytes({0, 0, 0, 0x60, 1}, "x");
+    const std::string copy = "m: ROUTED (from 1 asked 0 to 2 missed ";
+    EXPECT_EQ(Handle(sender, {x}), "ok r: [1 0x60 1 x] | " + copy + "0) [1 0x60 1 x]");
+    EXPECT_EQ(Handle(receiver, {Bytes({0, 0, 1, 0x8060, 2}, "ok")}),
+              "ok m: ROUTED (from 2 asked 1 to missed 0) [2 0x8060 2 ok]"); // a response nobody takes
+    EXPECT_EQ(Handle(sender, {Bytes({0, 0, 0, 0x61, 1}, "y")}), "ok"); // an event it does not watch
+    // Its window full, the monitor's copies are dropped, the messages go on,
+    // and the next copy it has room for says how many it missed.
+    for (unsigned i = 2; i < BusProtocol::kWindowMessages; ++i) {
+        Handle(sender, {x});
+        Handle(receiver, {"TOOK", Took(1, 17)});
+    }
+    EXPECT_EQ(Handle(sender, {x}), "ok r: [1 0x60 1 x]");
+    EXPECT_EQ(Handle(sender, {x}), "ok r: [1 0x60 1 x]");
+    Handle(monitor, {"TOOK", Took(1, 45)});
+    EXPECT_EQ(Handle(sender, {x}), "ok r: [1 0x60 1 x] | " + copy + "2) [1 0x60 1 x]");
+    Handle(monitor, {"TOOK", Took(1, 45)});
+    EXPECT_EQ(Handle(sender, {x}), "ok r: [1 0x60 1 x] | " + copy + "0) [1 0x60 1 x]");
+    Handle(monitor, {"LIST"}); // no credit for it either: not made
+    EXPECT_NE(router.List().find("\"dropped\":3,\"events\":[],\"id\":3,\"monitor\":true"), std::string::npos)
+        << router.List();
 }
 
 TEST_F(RouterTest, ReusesClientIdsOverMoreConnectionsThanIdsAndTellsLeftoversFromNewcomers)
