@@ -14,6 +14,10 @@ bool Fit(const Client& client, size_t size)
     return Fits(client.inflight.messages, client.inflight.bytes, size);
 }
 
+// A receiver that holds a sender up is congested this long after it last
+// took something: it reports a take up to kTookMs late.
+const long long kStalledMs = BusProtocol::kCongestionMs + BusProtocol::kTookMs;
+
 long long WallMicroseconds()
 {
     using namespace std::chrono;
@@ -47,6 +51,12 @@ bool Flow::Ready(ClientId sender, size_t size, const std::vector<ClientId>& targ
         Client* r = clients_.Find(id);
         if (r == nullptr || r->gone || r->congested || Fit(*r, size))
             continue;
+        if (clock_() - r->progress >= kStalledMs) { // it has taken nothing for long: nobody waits for it
+            Congest(*r, id);
+            if (!r->blocking.empty())
+                stalled_.insert(id); // the senders it held up go on at the next Check
+            continue;
+        }
         ready = false;
         r->blocking.insert(sender);
         stalled_.insert(id);
@@ -240,25 +250,41 @@ void Flow::Waits(ClientId sender)
 
 void Flow::Watch(ClientId monitor) { monitors_.insert(monitor); }
 
-void Flow::Check()
+long long Flow::Check()
 {
+    if (stalled_.empty())
+        return -1;
     const long long now = clock_();
-    std::vector<ClientId> congested;
-    for (ClientId id : stalled_) {
+    long long next = -1;
+    std::vector<ClientId> ready;
+    for (auto at = stalled_.begin(); at != stalled_.end();) {
+        const ClientId id = *at;
         Client* r = clients_.Find(id);
-        if (r != nullptr && !r->blocking.empty() &&
-            now - r->progress >= BusProtocol::kCongestionMs + BusProtocol::kTookMs)
-            congested.push_back(id);
-    }
-    for (ClientId id : congested) {
-        Client* r = clients_.Find(id);
-        if (r == nullptr)
+        if (r == nullptr || r->blocking.empty()) {
+            at = stalled_.erase(at);
             continue;
-        r->congested = true;
-        BUS_LOG(0, "bus: client %u (pid %d) took no message for %d ms; dropping its messages until it does\n", id,
-                r->pid, BusProtocol::kCongestionMs);
-        Retry(*r, id);
+        }
+        ++at;
+        const long long due = r->progress + kStalledMs;
+        if (!r->congested && now < due) {
+            next = next < 0 ? due : std::min(next, due);
+            continue;
+        }
+        if (!r->congested)
+            Congest(*r, id);
+        ready.push_back(id); // congested: those it held up go on
     }
+    for (ClientId id : ready)
+        if (Client* r = clients_.Find(id))
+            Retry(*r, id);
+    return next;
+}
+
+void Flow::Congest(Client& r, ClientId id)
+{
+    r.congested = true;
+    BUS_LOG(0, "bus: client %u (pid %d) took no message for %d ms; dropping its messages until it does\n", id, r.pid,
+            BusProtocol::kCongestionMs);
 }
 
 void Flow::Leave(ClientId id)

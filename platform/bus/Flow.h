@@ -59,8 +59,9 @@ public:
     // The client gets a copy of what goes out (its filter is its own).
     void Watch(ClientId monitor);
     // Marks congested the receivers that hold a sender up and took nothing
-    // for too long. On the clock.
-    void Check();
+    // for too long, and lets those senders go on. On the clock, and after
+    // each message; returns when it is due next (-1: when a sender waits).
+    long long Check();
     // The client, detached, is being forgotten: it receives no more; its
     // own messages still go out, and its record goes after the last.
     void Leave(ClientId id);
@@ -76,6 +77,7 @@ private:
               const std::vector<ClientId>& delivered);
     void Dispatch(ClientId sender);
     void Retry(Client& receiver, ClientId id);
+    void Congest(Client& receiver, ClientId id);
     void Return(ClientId sender, Client& client);
     bool Send(ClientId to, Client& client, zmq::message_t* frames, size_t count);
 

@@ -35,8 +35,14 @@ public:
     void Forget(ClientId id);
     // Forgets the clients that a send found gone.
     void ForgetGone();
-    // On the clock: congestion.
-    void Tick() { flow_.Check(), ForgetGone(); }
+    // On the clock: congestion. Returns when it is due next (-1: when a
+    // sender waits for a receiver).
+    long long Tick()
+    {
+        const long long next = flow_.Check();
+        ForgetGone();
+        return next;
+    }
     // The clients as a JSON array (mdvr-bus list).
     std::string List();
 

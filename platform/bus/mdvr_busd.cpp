@@ -82,15 +82,20 @@ public:
             if (now >= due) {
                 ReadMonitor();
                 const long long dog = watchdog_.Check();
-                router_.Tick();
+                const long long stalled = router_.Tick();
                 now = Now();
                 due = now + BusProtocol::kMonitorMs;
-                if (dog >= 0)
-                    due = std::min(due, dog);
+                for (long long next : {dog, stalled})
+                    if (next >= 0)
+                        due = std::min(due, next);
             }
             try {
-                if (Receive(static_cast<int>(std::max(0LL, due - now))))
+                if (Receive(static_cast<int>(std::max(0LL, due - now)))) {
                     Handle();
+                    const long long stalled = router_.Tick(); // a receiver may hold a sender up now
+                    if (stalled >= 0)
+                        due = std::min(due, stalled);
+                }
             } catch (const zmq::error_t& e) {
                 if (e.num() != EINTR)
                     BUS_LOG(0, "bus: %s\n", e.what());
