@@ -700,6 +700,13 @@ TEST(BusEndpoint, PortArgumentThenEnvironmentThenTheUsersOwn)
         {0, "70000", ""},
         {0, "71x", ""},
         {0, "0", ""},
+        {0, "+7000", ""},
+        {0, "tcp://", ""},
+        {0, "tcp://127.0.0.1:abc", ""},
+        {0, "tcp://127.0.0.1:", ""},
+        {0, "tcp://:7000", ""},
+        {0, "tcp://127.0.0.1:70000", ""},
+        {0, "ipc://", ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.environment ? c.environment : "(unset)");
@@ -1414,6 +1421,11 @@ TEST_F(Bus, ToolSendsCallsListensAndListsWatchdogs)
     EXPECT_EQ(err(), "mdvr-bus: MDVR_BUS=\"70000\" is neither a port nor an endpoint\n");
     EXPECT_EQ(run("MDVR_BUS=x " MDVR_BUSD_COMMAND), 2);
     EXPECT_EQ(err(), "mdvr-busd: MDVR_BUS=\"x\" is neither a port nor an endpoint\n");
+    for (const char* bad : {"MDVR_BUS=tcp:// " MDVR_BUS_COMMAND " list", "MDVR_BUS=ipc:// " MDVR_BUSD_COMMAND,
+                            "MDVR_BUS=tcp://127.0.0.1:abc " MDVR_BUS_COMMAND " send 1 x", MDVR_BUSD_COMMAND " --ipc ''"}) {
+        EXPECT_EQ(run(bad), 2) << bad;
+        EXPECT_EQ(Count(err(), "\n"), 1u) << bad << ": " << err();
+    }
 
     // Help on every tool and subcommand, with the exit status; the version.
     for (const char* command : {MDVR_BUS_COMMAND " --help", MDVR_BUS_COMMAND " send --help",

@@ -279,7 +279,9 @@ int main(int argc, char** argv)
     app.add_option("-p,--port", port, "listen on TCP 127.0.0.1:N instead (0: a free port)")
         ->type_name("N")
         ->check(CLI::Range(0, 65535).description(""));
-    app.add_option("--ipc", ipc, "listen on the ipc socket PATH instead")->type_name("PATH");
+    app.add_option("--ipc", ipc, "listen on the ipc socket PATH instead")
+        ->type_name("PATH")
+        ->check([](const std::string& path) { return path.empty() ? std::string("an empty path") : std::string(); });
     app.footer(kExitStatus);
     if (const int status = ParseArguments(app, argc, argv); status >= 0)
         return status;

@@ -55,6 +55,20 @@ bool PrivateDirectory(const std::string& path, bool create, std::string& error)
     return false;
 }
 
+namespace {
+
+// A TCP port, 1..65535 in decimal digits only; 0 for anything else.
+unsigned int Port(const char* text)
+{
+    if (*text < '0' || *text > '9')
+        return 0;
+    char* end = nullptr;
+    const unsigned long value = std::strtoul(text, &end, 10);
+    return *end == '\0' && value <= 65535 ? static_cast<unsigned int>(value) : 0;
+}
+
+} // namespace
+
 std::string DefaultBusEndpoint(std::string& error)
 {
     const char* runtime = std::getenv("XDG_RUNTIME_DIR");
@@ -70,15 +84,17 @@ std::string BusEndpoint(const char* address, short port, std::string& error)
     const char* environment = std::getenv(kBusEnvironment);
     if (number == 0 && environment != nullptr && *environment != '\0') {
         const std::string text = environment;
-        if (text.compare(0, 6, "tcp://") == 0 || text.compare(0, 6, "ipc://") == 0)
-            return text;
-        char* end = nullptr;
-        const unsigned long value = std::strtoul(environment, &end, 10);
-        if (*end != '\0' || value == 0 || value > 65535) {
+        if (text.compare(0, 6, "ipc://") == 0 && text.size() > 6)
+            return text; // a path
+        const size_t colon = text.rfind(':');
+        if (text.compare(0, 6, "tcp://") == 0 && colon > 6 && Port(text.c_str() + colon + 1) != 0)
+            return text; // a host and a port
+        const unsigned int value = Port(environment);
+        if (value == 0) {
             error = std::string(kBusEnvironment) + "=\"" + text + "\" is neither a port nor an endpoint";
             return std::string();
         }
-        number = static_cast<unsigned int>(value);
+        number = value;
     }
     if (number == 0)
         return DefaultBusEndpoint(error);
