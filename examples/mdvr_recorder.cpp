@@ -6,20 +6,21 @@
 //
 //   mdvr-recorder [--name NAME] [--event ID] [--count N] [--help] [--version]
 //
-// --event: the parameter message id (default 0x101); --count: stop after N
-// parameter messages (default: run until SIGINT or SIGTERM). The bus is the
-// one MDVR_BUS names (docs/bus.md). Exit status 0, 1 when no bus answers, 2
-// for a usage error.
+// --event: the parameter message id (default 0x101; decimal or 0x-hex);
+// --count: stop after N parameter messages (default: run until SIGINT or
+// SIGTERM). The bus is the one MDVR_BUS names (docs/bus.md). Exit status 0, 1
+// when no bus answers, 2 for a usage error or an MDVR_BUS that names no bus.
 #include "CommonParaAdapter.h"
 #include "CommonUtils.h"
 #include "MsgClientManage.h"
 #include "ParaShow.h"
 #include "ParaTypes.h"
+#include "ToolArguments.h"
+#include "ToolkitHost.h"
 
 #include <json/writer.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <climits>
 #include <csignal>
 #include <cstdio>
@@ -87,63 +88,39 @@ private:
     CMsgClientManage& bus_;
 };
 
-const char kUsage[] = "Usage: mdvr-recorder [--name NAME] [--event ID] [--count N]\n";
-
-const char kHelp[] =
-    "mdvr-recorder: an example recorder process on the message bus. It adapts every section of each\n"
-    "parameter message into its record, prints the records and answers with the sections it read.\n"
-    "\n"
-    "Options:\n"
-    "  --name NAME   the name of its watchdog (at most 31 bytes; default mdvr-recorder)\n"
-    "  --event ID    the message id of parameter messages, 1 to 0x7FFF (default 0x101)\n"
-    "  --count N     stop after N parameter messages (default 0: run until SIGINT or SIGTERM)\n"
-    "  --help        print this help and exit\n"
-    "  --version     print the version and exit\n"
-    "\n"
-    "Exit status: 0 success, 1 no bus answered when the bus client was created, 2 a usage error.\n";
-
-// A number of C syntax (0x101, 257) that is all of `text`.
-bool Number(const char* text, long& value)
-{
-    char* end = nullptr;
-    errno = 0;
-    value = std::strtol(text, &end, 0);
-    return *text != '\0' && *end == '\0' && errno == 0;
-}
-
 } // namespace
 
 int main(int argc, char** argv)
 {
-    std::string name = "mdvr-recorder";
-    long event = 0x101, count = 0;
-    for (int i = 1; i < argc; ++i) {
-        const std::string option = argv[i];
-        if (option == "--help") {
-            std::printf("%s%s", kUsage, kHelp);
-            return 0;
-        }
-        if (option == "--version") {
-            std::printf("mdvr-recorder %s\n", BSCOMMON_VERSION);
-            return 0;
-        }
-        const bool known = option == "--name" || option == "--event" || option == "--count";
-        if (!known || i + 1 == argc) {
-            std::fprintf(stderr, "mdvr-recorder: %s %s\n%s", known ? "a value is missing after" : "unknown option",
-                         option.c_str(), kUsage);
-            return 2;
-        }
-        const char* value = argv[++i];
-        const bool ok = option == "--name"    ? (name = value, !name.empty() && name.size() < 32)
-                        : option == "--event" ? Number(value, event) && event > 0 && event <= 0x7FFF
-                                              : Number(value, count) && count >= 0 && count <= INT_MAX;
-        if (!ok) {
-            const char* want = option == "--name"    ? "a name of 1 to 31 bytes"
-                               : option == "--event" ? "a message id from 1 to 0x7FFF"
-                                                     : "a count from 0";
-            std::fprintf(stderr, "mdvr-recorder: %s %s: give %s\n%s", option.c_str(), value, want, kUsage);
-            return 2;
-        }
+    CLI::App app{"An example recorder process on the message bus. It adapts every section of each parameter\n"
+                 "message into its record, prints the records and answers with the sections it read.",
+                 "mdvr-recorder"};
+    app.set_version_flag("--version", std::string("mdvr-recorder (BSCommonLibrary) ") + BSCOMMON_VERSION);
+    std::string name = "mdvr-recorder", eventText = "0x101", countText = "0";
+    app.add_option("--name", name, "the name of its watchdog, 1 to 31 bytes (default mdvr-recorder)")
+        ->type_name("NAME")
+        ->check([](const std::string& n) { return n.empty() || n.size() > 31 ? "give a name of 1 to 31 bytes" : ""; });
+    app.add_option("--event", eventText, "the message id of parameter messages, 1 to 0x7FFF (default 0x101)")
+        ->type_name("ID");
+    app.add_option("--count", countText, "stop after N parameter messages (default 0: run until SIGINT or SIGTERM)")
+        ->type_name("N");
+    app.footer("Exit status: 0 success, 1 no bus answered when the bus client was created, 2 a usage error\n"
+               "(MDVR_BUS neither a port nor an endpoint included).");
+    if (const int status = ParseArguments(app, argc, argv); status >= 0)
+        return status;
+    long long event = 0, count = 0;
+    if (!ParseNumber(eventText, 1, 0x7FFF, event)) {
+        std::fprintf(stderr, "mdvr-recorder: --event %s: give a message id from 1 to 0x7FFF\n", eventText.c_str());
+        return 2;
+    }
+    if (!ParseNumber(countText, 0, INT_MAX, count)) {
+        std::fprintf(stderr, "mdvr-recorder: --count %s: give a count from 0\n", countText.c_str());
+        return 2;
+    }
+    std::string error;
+    if (ToolkitHost::BusEndpoint("127.0.0.1", 0, error).empty()) { // the bus client would end the process
+        std::fprintf(stderr, "mdvr-recorder: %s\n", error.c_str());
+        return std::getenv(ToolkitHost::kBusEnvironment) ? 2 : 1;
     }
     std::signal(SIGINT, OnSignal);
     std::signal(SIGTERM, OnSignal);
@@ -153,7 +130,7 @@ int main(int argc, char** argv)
     CMsgClientManage bus(dogName, 0); // dogParam 0: the bus's default timeout
     Recorder recorder(bus);
     bus.MSGEventRegister(kModule, static_cast<int>(event), &recorder, &Recorder::OnParameters);
-    std::printf("recorder: listening for parameter messages 0x%lx\n", event);
+    std::printf("recorder: listening for parameter messages 0x%llx\n", event);
     std::fflush(stdout);
 
     while (!g_stop && (count == 0 || recorder.handled < count)) {

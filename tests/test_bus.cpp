@@ -1421,10 +1421,30 @@ TEST_F(Bus, ToolSendsCallsListensAndListsWatchdogs)
     EXPECT_EQ(err(), "mdvr-bus: MDVR_BUS=\"70000\" is neither a port nor an endpoint\n");
     EXPECT_EQ(run("MDVR_BUS=x " MDVR_BUSD_COMMAND), 2);
     EXPECT_EQ(err(), "mdvr-busd: MDVR_BUS=\"x\" is neither a port nor an endpoint\n");
-    for (const char* bad : {"MDVR_BUS=tcp:// " MDVR_BUS_COMMAND " list", "MDVR_BUS=ipc:// " MDVR_BUSD_COMMAND,
-                            "MDVR_BUS=tcp://127.0.0.1:abc " MDVR_BUS_COMMAND " send 1 x", MDVR_BUSD_COMMAND " --ipc ''"}) {
-        EXPECT_EQ(run(bad), 2) << bad;
-        EXPECT_EQ(Count(err(), "\n"), 1u) << bad << ": " << err();
+    // Every bus tool: one line, status 2, naming what is wrong.
+    const struct {
+        const char* command;
+        const char* line;
+    } bad[] = {
+        {"MDVR_BUS=tcp:// " MDVR_BUS_COMMAND " list", "mdvr-bus: MDVR_BUS=\"tcp://\" is neither a port nor an endpoint"},
+        {"MDVR_BUS=ipc:// " MDVR_BUSD_COMMAND, "mdvr-busd: MDVR_BUS=\"ipc://\" is neither a port nor an endpoint"},
+        {"MDVR_BUS=tcp://127.0.0.1:abc " MDVR_BUS_COMMAND " send 1 x",
+         "mdvr-bus: MDVR_BUS=\"tcp://127.0.0.1:abc\" is neither a port nor an endpoint"},
+        {"MDVR_BUS=garbage " MDVR_RECORDER_COMMAND, "mdvr-recorder: MDVR_BUS=\"garbage\" is neither a port nor an endpoint"},
+        {MDVR_BUSD_COMMAND " --ipc ''", "mdvr-busd: --ipc: an empty path"},
+        {MDVR_BUS_COMMAND " frob", "mdvr-bus: The following argument was not expected: frob"},
+        {MDVR_BUS_COMMAND, "mdvr-bus: a subcommand is required: send, call, listen, dogs, list, monitor, capture or "
+                           "replay (--help)"},
+        {MDVR_BUS_COMMAND " send 0x42z x", "mdvr-bus: bad event: 0x42z"},
+        {"(" MDVR_BUS_COMMAND " send 1 - </)", "mdvr-bus: cannot read standard input: it is a directory"},
+        {MDVR_BUS_COMMAND " listen 1 --count -1", "mdvr-bus: --count: Value -1 not in range 0 to 2147483647"},
+        {MDVR_RECORDER_COMMAND " --event 0x42z", "mdvr-recorder: --event 0x42z: give a message id from 1 to 0x7FFF"},
+        {MDVR_RECORDER_COMMAND " --event=010000000", "mdvr-recorder: --event 010000000: give a message id from 1 to 0x7FFF"},
+        {MDVR_RECORDER_COMMAND " --frob", "mdvr-recorder: The following argument was not expected: --frob"},
+    };
+    for (const auto& c : bad) {
+        EXPECT_EQ(run(c.command), 2) << c.command;
+        EXPECT_EQ(err(), std::string(c.line) + "\n") << c.command;
     }
 
     // Help on every tool and subcommand, with the exit status; the version.
@@ -1438,9 +1458,13 @@ TEST_F(Bus, ToolSendsCallsListensAndListsWatchdogs)
     EXPECT_NE(out().find("listen on TCP 127.0.0.1:N"), std::string::npos);
     EXPECT_EQ(run(MDVR_BUS_COMMAND " call --help"), 0);
     EXPECT_NE(out().find("(default 2000)"), std::string::npos) << out();
-    for (const char* tool : {"mdvr-bus", "mdvr-busd"}) {
-        EXPECT_EQ(run(std::string(tool) == "mdvr-bus" ? MDVR_BUS_COMMAND " --version" : MDVR_BUSD_COMMAND " --version"), 0);
-        EXPECT_EQ(out(), std::string(tool) + " (BSCommonLibrary) " BSCOMMON_VERSION "\n");
+    const struct {
+        const char* name;
+        const char* command;
+    } versions[] = {{"mdvr-bus", MDVR_BUS_COMMAND}, {"mdvr-busd", MDVR_BUSD_COMMAND}, {"mdvr-recorder", MDVR_RECORDER_COMMAND}};
+    for (const auto& v : versions) {
+        EXPECT_EQ(run(v.command + std::string(" --version")), 0);
+        EXPECT_EQ(out(), std::string(v.name) + " (BSCommonLibrary) " BSCOMMON_VERSION "\n");
     }
 }
 

@@ -6,7 +6,11 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cctype>
+#include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <string>
 
 // -1 when the arguments are good and the tool goes on; else its exit status.
 inline int ParseArguments(CLI::App& app, int argc, char** argv)
@@ -20,6 +24,20 @@ inline int ParseArguments(CLI::App& app, int argc, char** argv)
         std::fprintf(stderr, "%s: %s\n", app.get_name().c_str(), e.what());
         return 2;
     }
+}
+
+// A number as every tool reads it: decimal (with a sign), or hexadecimal after
+// 0x; nothing after it. False when `text` is not one, or is outside low..high.
+inline bool ParseNumber(const std::string& text, long long low, long long high, long long& value)
+{
+    const bool hex = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+    const char* digits = text.c_str() + (hex ? 2 : 0);
+    if (hex && !std::isxdigit(static_cast<unsigned char>(*digits)))
+        return false;
+    char* end = nullptr;
+    errno = 0;
+    value = std::strtoll(digits, &end, hex ? 16 : 10);
+    return end != digits && *end == '\0' && errno == 0 && value >= low && value <= high;
 }
 
 #endif

@@ -52,17 +52,10 @@ struct Failure : std::runtime_error {
 volatile std::sig_atomic_t g_stop = 0;
 void OnSignal(int) { g_stop = 1; }
 
-// A number as every tool of the bus reads it: decimal, or hexadecimal after
-// 0x; a sign for decimals only; nothing after it.
 long long Number(const std::string& text, long long low, long long high, const char* what)
 {
-    const bool hex = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
-    const char* digits = text.c_str() + (hex ? 2 : 0);
-    char* end = nullptr;
-    errno = 0;
-    const long long value = std::strtoll(digits, &end, hex ? 16 : 10);
-    if (end == digits || *end != '\0' || errno != 0 || value < low || value > high ||
-        (hex && !std::isxdigit(static_cast<unsigned char>(*digits))))
+    long long value = 0;
+    if (!ParseNumber(text, low, high, value))
         throw Failure(std::string("bad ") + what + ": " + text, kUsage);
     return value;
 }
@@ -449,7 +442,7 @@ int main(int argc, char** argv)
                  "0x-hexadecimal.",
                  "mdvr-bus"};
     app.set_version_flag("--version", std::string("mdvr-bus (BSCommonLibrary) ") + BSCOMMON_VERSION);
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1); // an unknown word is named as such, not taken for a missing subcommand
     app.footer(kExitStatus);
     int port = 0;
     // Before the subcommand or after it.
@@ -530,6 +523,11 @@ int main(int argc, char** argv)
 
     if (const int status = ParseArguments(app, argc, argv); status >= 0)
         return status;
+    if (app.get_subcommands().empty()) {
+        std::fprintf(stderr, "mdvr-bus: a subcommand is required: send, call, listen, dogs, list, monitor, capture or "
+                             "replay (--help)\n");
+        return kUsage;
+    }
 
     struct sigaction action {};
     action.sa_handler = OnSignal;
