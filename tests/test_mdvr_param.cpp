@@ -73,6 +73,7 @@ TEST(MdvrParam, CommandsPrintFieldsWithOffsetTypeAndValue)
                             "  TIMEZ                             4  char[16]  \"GMT+08\"\n", "!reserved"}},
         {"show --section TIMEP -", kSmall, {"TIMEP  type 1", "!ATP  type 0"}},
         {"show --type 1 -", kSmall, {"TIMEP  type 1", "!ATP  type 0"}},
+        {"show --type 0x1 -", kSmall, {"TIMEP  type 1", "!ATP  type 0"}}, // numbers as every tool reads them
         // GE = 1, NE, CE, SID = 0, then "0123..." from offset 4; NAI 3600 little-endian at 68.
         {"show --format hex --section ATP -", kSmall,
          {"  000000  01 00 00 00 30 31 32 33 34 35 36 37 38 39 30 31  |....012345678901|\n", "  000040  30 31 32 33 10 0e"}},
@@ -156,6 +157,8 @@ TEST(MdvrParam, ErrorsAreOneLineWithStatusTwo)
         {"show /nonexistent/doc.json", "", "mdvr-param: cannot read /nonexistent/doc.json: No such file or directory\n"},
         {"check -", "{\n  \"a\": ,\n}", "mdvr-param: -: JSON syntax error at line 2, column 8: "},
         {"show --type 99 -", "{}", "mdvr-param: unknown parameter type or section: 99\n"},
+        {"show --type 0x1z -", "{}", "mdvr-param: unknown parameter type or section: 0x1z\n"},
+        {"show --type 01z -", "{}", "mdvr-param: unknown parameter type or section: 01z\n"},
         {"layout NOPE", "", "mdvr-param: unknown parameter type or section: NOPE\n"},
         {"frobnicate", "", "mdvr-param: unknown command: frobnicate\n"},
         {"decode --section TIMEP -", std::string(51, '\0'), "mdvr-param: -: 51 bytes, but a tag_MsgTimeSetting record has 52\n"},
@@ -283,7 +286,7 @@ TEST(MdvrParamDecode, EncodeDecodeEncodeGivesTheSameBytesAndNamesWhatNoDocumentG
 
 TEST(MdvrParam, HelpForTheToolAndEachCommand)
 {
-    EXPECT_EQ(Tool("--version").out, std::string("mdvr-param ") + BSCOMMON_VERSION + "\n");
+    EXPECT_EQ(Tool("--version").out, std::string("mdvr-param (BSCommonLibrary) ") + BSCOMMON_VERSION + "\n");
     Outcome r = Tool("--help");
     EXPECT_EQ(r.status, 0);
     for (const char* command : {"show", "layout", "check", "types", "schema", "encode", "decode", "diff"}) {

@@ -20,6 +20,7 @@
 #include "ParaSchema.h"
 #include "ParaShow.h"
 #include "ParaTypes.h"
+#include "ToolArguments.h"
 
 #include <CLI/CLI.hpp>
 
@@ -74,10 +75,15 @@ Parsed Parse(const TypeInfo& t, const Json::Value& doc)
     return p;
 }
 
+// A type by its section key, or by its number (decimal or 0x-hex, as every
+// tool reads numbers).
 const TypeInfo* FindType(const std::string& what)
 {
+    long long number = -1;
+    const bool numeric = !what.empty() && std::isdigit(static_cast<unsigned char>(what[0])) &&
+                         ParseNumber(what, 0, 0xFFFF, number);
     for (const TypeInfo& t : para::kTypes)
-        if (what == t.key || what == std::to_string(t.type))
+        if (what == t.key || (numeric && number == t.type))
             return &t;
     return nullptr;
 }
@@ -494,7 +500,7 @@ int Run(int argc, char** argv)
     CLI::App app("mdvr-param: what a parameter document becomes in the recorder's records, and what the\n"
                  "conversion silently loses.",
                  "mdvr-param");
-    app.set_version_flag("--version", std::string("mdvr-param ") + BSCOMMON_VERSION,
+    app.set_version_flag("--version", std::string("mdvr-param (BSCommonLibrary) ") + BSCOMMON_VERSION,
                          "print the version and exit");
     app.require_subcommand(1);
 
