@@ -181,11 +181,11 @@ struct Recorder : busd::Outlet {
             const auto c = BusProtocol::Read<BusProtocol::Credit>(data);
             return std::to_string(c.messages) + "/" + std::to_string(c.bytes);
         }
-        if (at == 1 && frame.size() >= sizeof(BusProtocol::Routed) && frame.data() != nullptr && data[12] == 1) {
-            const auto r = BusProtocol::Read<BusProtocol::Routed>(data);
+        BusProtocol::Routing r;
+        if (at == 1 && BusProtocol::ParseRoutedRecord(data, frame.size(), r)) {
             std::string to;
-            for (size_t i = 0; i < r.count; ++i)
-                to += " " + std::to_string(BusProtocol::Read<std::uint16_t>(data + sizeof r + 2 * i));
+            for (unsigned short id : r.targets)
+                to += " " + std::to_string(id);
             return "(from " + std::to_string(r.source) + " asked " + std::to_string(r.asked) + " to" + to +
                    " missed " + std::to_string(r.missed) + ")";
         }

@@ -1,20 +1,12 @@
 // The capture files of mdvr-bus: pcapng (Wireshark, tshark), one packet per
 // message that the bus routed, link type USER0; docs/mdvr-bus.lua dissects
-// them. A packet, little-endian:
-//
-//   0  u8   version, 1
-//   1  u8   0
-//   2  u16  the sending client
-//   4  u16  the destination it asked for (0: every subscriber; for a
-//           response, the requesting client)
-//   6  u16  N, then N u16: the clients it went to
-//      then the message as delivered: the 16-byte header and the body
-//
-// Its time is the packet's timestamp, in microseconds.
+// them. A packet is the routing's packet head (BusProtocol::PacketHead) and
+// then the message as delivered: the 16-byte header and the body. Its time is
+// the packet's timestamp, in microseconds.
 #ifndef BUS_CAPTURE_H
 #define BUS_CAPTURE_H
 
-#include "BusWire.h"
+#include "BusProtocol.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -24,53 +16,26 @@
 
 namespace buscapture {
 
-struct Routed {
-    long long timeUs = 0; // wall clock, microseconds since the epoch
-    unsigned short source = 0, asked = 0;
-    std::vector<unsigned short> targets;
+// A routed message: how it was routed (`missed` is not kept) and the message.
+struct Routed : BusProtocol::Routing {
     std::string message; // header and body as delivered
 };
 
 const std::uint32_t kLinkType = 147; // LINKTYPE_USER0
-const size_t kPacketHead = 8;
-const size_t kPacketMost = kPacketHead + 2 * 0xFFFF + BusWire::kHeadSize + BusWire::kBodyMax;
+const size_t kPacketMost = 8 + 2 * 0xFFFF + BusProtocol::kFrameMax;
 
 template <class T> void Put(std::string& out, T value) { out.append(reinterpret_cast<const char*>(&value), sizeof value); }
-template <class T> T Get(const char* at)
-{
-    T value;
-    std::memcpy(&value, at, sizeof value);
-    return value;
-}
+using BusProtocol::Read;
 
-inline std::string Packet(const Routed& r)
-{
-    std::string out;
-    Put<std::uint8_t>(out, 1);
-    Put<std::uint8_t>(out, 0);
-    Put<std::uint16_t>(out, r.source);
-    Put<std::uint16_t>(out, r.asked);
-    Put<std::uint16_t>(out, static_cast<std::uint16_t>(r.targets.size()));
-    for (unsigned short id : r.targets)
-        Put<std::uint16_t>(out, id);
-    return out + r.message;
-}
+inline std::string Packet(const Routed& r) { return BusProtocol::PacketHead(r) + r.message; }
 
 // The inverse of Packet; false when the bytes are not such a packet.
 inline bool ParsePacket(const char* data, size_t size, Routed& out)
 {
-    if (size < kPacketHead || data[0] != 1)
-        return false;
-    const size_t count = Get<std::uint16_t>(data + 6);
-    const size_t at = kPacketHead + 2 * count;
-    if (size < at + BusWire::kHeadSize ||
+    const size_t at = BusProtocol::ParsePacketHead(data, size, out);
+    if (at == 0 || size < at + BusWire::kHeadSize ||
         (BusWire::ReadHead(data + at).length & BusWire::kBodyMax) != size - at - BusWire::kHeadSize)
         return false;
-    out.source = Get<std::uint16_t>(data + 2);
-    out.asked = Get<std::uint16_t>(data + 4);
-    out.targets.clear();
-    for (size_t i = 0; i < count; ++i)
-        out.targets.push_back(Get<std::uint16_t>(data + kPacketHead + 2 * i));
     out.message.assign(data + at, size - at);
     return true;
 }
@@ -149,13 +114,13 @@ inline bool Read(std::FILE* in, std::vector<Routed>& out, std::string& error)
         }
         if (got < sizeof head)
             return fail("cut short");
-        const std::uint32_t type = Get<std::uint32_t>(head), length = Get<std::uint32_t>(head + 4);
+        const std::uint32_t type = Read<std::uint32_t>(head), length = Read<std::uint32_t>(head + 4);
         if (type == 0x0A0D0D0A) { // a section: its byte order and version
             char magic[4];
             if (std::fread(magic, 1, 4, in) != 4)
                 return fail("cut short");
-            if (Get<std::uint32_t>(magic) != 0x1A2B3C4D)
-                return fail(Get<std::uint32_t>(magic) == 0x4D3C2B1A ? "big-endian sections are not read"
+            if (Read<std::uint32_t>(magic) != 0x1A2B3C4D)
+                return fail(Read<std::uint32_t>(magic) == 0x4D3C2B1A ? "big-endian sections are not read"
                                                                       : "bad byte-order magic");
             std::fseek(in, -4, SEEK_CUR);
             inSection = true;
@@ -172,14 +137,14 @@ inline bool Read(std::FILE* in, std::vector<Routed>& out, std::string& error)
         char tail[4];
         if (std::fread(&body[0], 1, body.size(), in) != body.size() || std::fread(tail, 1, 4, in) != 4)
             return fail("cut short");
-        if (Get<std::uint32_t>(tail) != length)
-            return fail("trailing length " + std::to_string(Get<std::uint32_t>(tail)) + " is not " +
+        if (Read<std::uint32_t>(tail) != length)
+            return fail("trailing length " + std::to_string(Read<std::uint32_t>(tail)) + " is not " +
                         std::to_string(length));
         if (type == 1) { // an interface: ours, with the default stamps (no if_tsresol read)
-            if (body.size() < 8 || Get<std::uint16_t>(body.data()) != kLinkType)
+            if (body.size() < 8 || Read<std::uint16_t>(body.data()) != kLinkType)
                 return fail("an interface of another link type than USER0 (147)");
             for (size_t at = 8; at + 4 <= body.size();) { // options
-                const std::uint16_t code = Get<std::uint16_t>(&body[at]), size = Get<std::uint16_t>(&body[at + 2]);
+                const std::uint16_t code = Read<std::uint16_t>(&body[at]), size = Read<std::uint16_t>(&body[at + 2]);
                 if (code == 0)
                     break;
                 if (code == 9 && (size != 1 || at + 5 > body.size() || body[at + 4] != 6))
@@ -190,18 +155,18 @@ inline bool Read(std::FILE* in, std::vector<Routed>& out, std::string& error)
         } else if (type == 6) { // a packet
             if (body.size() < 20)
                 return fail("packet block too short");
-            const std::uint32_t interface = Get<std::uint32_t>(body.data());
-            const std::uint32_t captured = Get<std::uint32_t>(body.data() + 12);
+            const std::uint32_t interface = Read<std::uint32_t>(body.data());
+            const std::uint32_t captured = Read<std::uint32_t>(body.data() + 12);
             if (interface >= interfaces)
                 return fail("packet of interface " + std::to_string(interface) + ", which is not described");
-            if (captured > body.size() - 20 || captured != Get<std::uint32_t>(body.data() + 16))
+            if (captured > body.size() - 20 || captured != Read<std::uint32_t>(body.data() + 16))
                 return fail("packet of " + std::to_string(captured) + " bytes does not fit its block or was cut");
             Routed r;
             if (!ParsePacket(body.data() + 20, captured, r))
                 return fail("not a bus message");
-            r.timeUs = static_cast<long long>((static_cast<unsigned long long>(Get<std::uint32_t>(body.data() + 4))
+            r.timeUs = static_cast<long long>((static_cast<unsigned long long>(Read<std::uint32_t>(body.data() + 4))
                                                << 32) |
-                                              Get<std::uint32_t>(body.data() + 8));
+                                              Read<std::uint32_t>(body.data() + 8));
             out.push_back(std::move(r));
         }
         offset += length;

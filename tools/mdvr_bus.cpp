@@ -150,14 +150,7 @@ std::string OneLine(const Json::Value& value)
     return Json::writeString(writer, value);
 }
 
-// How the daemon routed a message, for monitor: its time, who sent it, the
-// destination asked for, who got it, and how many copies before it were lost.
-struct Routing {
-    long long timeUs = 0;
-    unsigned short source = 0, asked = 0;
-    std::vector<unsigned short> targets;
-    unsigned int missed = 0;
-};
+using BusProtocol::Routing;
 
 // A message as one JSON object: the header's fields, how it was routed (for
 // monitor), and the body as "json" (an object or array), "text", or "hex".
@@ -307,16 +300,9 @@ private:
     void OnMessage(const char* message, int length) { received.emplace_back(message, length); }
     static void OnRouted(const char* record, size_t size, const char* message, size_t length, void* self)
     {
-        const auto head = BusProtocol::Read<BusProtocol::Routed>(record);
-        if (size < sizeof head || size != sizeof head + 2u * head.count || length < BusWire::kHeadSize)
-            return;
         Routing routing;
-        routing.timeUs = head.seconds * 1000000LL + head.micros;
-        routing.source = head.source;
-        routing.asked = head.asked;
-        routing.missed = head.missed;
-        for (size_t i = 0; i < head.count; ++i)
-            routing.targets.push_back(BusProtocol::Read<std::uint16_t>(record + sizeof head + 2 * i));
+        if (!BusProtocol::ParseRoutedRecord(record, size, routing) || length < BusWire::kHeadSize)
+            return;
         Bus* bus = static_cast<Bus*>(self);
         bus->received.emplace_back(message, length);
         bus->routings.push_back(std::move(routing));
@@ -591,14 +577,10 @@ int main(int argc, char** argv)
                 throw Failure("cannot write " + captureFile + ": " + std::strerror(errno), kFailure);
             size_t written = 0, missed = 0;
             const int status = Collect(bus, count, waitTimeout, [&](size_t i) {
-                const Routing& r = bus.routings[i];
                 buscapture::Routed routed;
-                routed.timeUs = r.timeUs;
-                routed.source = r.source;
-                routed.asked = r.asked;
-                routed.targets = r.targets;
+                static_cast<Routing&>(routed) = bus.routings[i];
                 routed.message = bus.received[i];
-                missed += r.missed;
+                missed += routed.missed;
                 if (!writer.Write(routed) || std::fflush(out) != 0) // a capture ended any time is whole
                     throw Failure("cannot write " + captureFile + ": " + std::strerror(errno), kFailure);
                 ++written;

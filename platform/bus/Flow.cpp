@@ -101,15 +101,13 @@ void Flow::Copy(ClientId sender, unsigned short asked, const zmq::message_t& mes
                 const std::vector<ClientId>& delivered)
 {
     const unsigned short event = BusWire::ReadHead(message.data()).messageId;
-    const long long now = WallMicroseconds();
-    BusProtocol::Routed record{static_cast<std::uint32_t>(now / 1000000), static_cast<std::uint32_t>(now % 1000000),
-                               0, BusProtocol::kRoutedVersion, 0, sender, asked,
-                               static_cast<std::uint16_t>(delivered.size())};
-    std::string meta(sizeof record + 2 * delivered.size(), '\0');
-    for (size_t i = 0; i < delivered.size(); ++i)
-        std::memcpy(&meta[sizeof record + 2 * i], &delivered[i], 2);
+    BusProtocol::Routing routing;
+    routing.timeUs = WallMicroseconds();
+    routing.source = sender;
+    routing.asked = asked;
+    routing.targets = delivered;
     const char* name = BusProtocol::Name(Command::kRouted);
-    const size_t cost = std::strlen(name) + meta.size() + message.size();
+    const size_t cost = std::strlen(name) + BusProtocol::RoutedRecord(routing).size() + message.size();
     for (ClientId id : monitors_) {
         Client* m = clients_.Find(id);
         if (m == nullptr || m->gone || (!m->watched.empty() && !m->watched.count(event)))
@@ -119,11 +117,11 @@ void Flow::Copy(ClientId sender, unsigned short asked, const zmq::message_t& mes
             ++m->dropped;
             continue;
         }
-        record.missed = m->missed;
-        std::memcpy(&meta[0], &record, sizeof record);
+        routing.missed = m->missed;
+        const std::string record = BusProtocol::RoutedRecord(routing);
         zmq::message_t frames[3];
         frames[0].rebuild(name, std::strlen(name));
-        frames[1].rebuild(meta.data(), meta.size());
+        frames[1].rebuild(record.data(), record.size());
         frames[2].copy(const_cast<zmq::message_t&>(message));
         if (Send(id, *m, frames, 3))
             m->missed = 0;

@@ -25,6 +25,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <vector>
 
 // The bus's log lines, in the daemon, the host libtoolkit and the tools.
 #define BUS_LOG(level, ...) Common::gclDebugPrintf(level, __FILE_NAME__, __func__, __LINE__, __VA_ARGS__)
@@ -40,7 +41,7 @@ enum class Command : unsigned char {
     kDogs,    // client -> bus; bus -> client: JSON array of the watchdogs
     kList,    // client -> bus; bus -> client: JSON array of the clients
     kMonitor, // client -> bus: the events to copy as i32 each, none for all
-    kRouted,  // bus -> monitor: Routed record, then the message as delivered
+    kRouted,  // bus -> monitor: RoutedRecord, then the message as delivered
     kTook,    // client -> bus: Credit, what the process has taken
     kRoom,    // bus -> client: Credit, what the daemon has passed on
     kWait,    // both ways: waiting for credit; return what you can now
@@ -82,22 +83,6 @@ struct Credit {
 };
 static_assert(sizeof(Credit) == 8, "TOOK/ROOM argument");
 
-// What a monitor gets before each copy: when and how the daemon routed it.
-// A capture file holds the part from `version` on (time goes in its own field).
-struct Routed {
-    std::uint32_t seconds; // wall clock, since the epoch
-    std::uint32_t micros;  // and microseconds
-    std::uint32_t missed;  // copies dropped for this monitor since its last one
-    std::uint8_t version;  // kRoutedVersion
-    std::uint8_t reserved;
-    std::uint16_t source;  // the sending client
-    std::uint16_t asked;   // the destination it asked for (0: every subscriber)
-    std::uint16_t count;   // then `count` u16 client ids it went to
-};
-static_assert(sizeof(Routed) == 20, "ROUTED record");
-const std::uint8_t kRoutedVersion = 1;
-const size_t kRoutedPacketAt = 12; // offset of `version`: the capture packet starts there
-
 template <class T> T Read(const void* bytes)
 {
     T value;
@@ -124,6 +109,63 @@ const char* const kDropped = "dropped";
 const char* const kMonitor = "monitor";
 const char* const kDogs = "dogs"; // the names of its watchdogs
 } // namespace Keys
+
+// How the daemon routed a message: what a monitor gets before each copy
+// (ROUTED), and what a capture file keeps beside the message.
+struct Routing {
+    long long timeUs = 0;                // wall clock, microseconds since the epoch
+    unsigned int missed = 0;             // copies dropped for this monitor since its last one
+    unsigned short source = 0;           // the sending client
+    unsigned short asked = 0;            // the destination it asked for (0: every subscriber)
+    std::vector<unsigned short> targets; // the clients it went to
+};
+
+// The packet head, as a capture file holds it: u8 version 1, u8 0, u16 the
+// source, u16 the destination asked, u16 N, then N u16 targets.
+inline std::string PacketHead(const Routing& r)
+{
+    std::string out(8 + 2 * r.targets.size(), '\0');
+    const std::uint16_t fields[3] = {r.source, r.asked, static_cast<std::uint16_t>(r.targets.size())};
+    out[0] = 1;
+    std::memcpy(&out[2], fields, sizeof fields);
+    if (!r.targets.empty())
+        std::memcpy(&out[8], r.targets.data(), 2 * r.targets.size());
+    return out;
+}
+
+// Reads a packet head into `r`: its length, 0 when the bytes are not one.
+inline size_t ParsePacketHead(const char* data, size_t size, Routing& r)
+{
+    if (size < 8 || data[0] != 1)
+        return 0;
+    const size_t count = Read<std::uint16_t>(data + 6), length = 8 + 2 * count;
+    if (size < length)
+        return 0;
+    r.source = Read<std::uint16_t>(data + 2);
+    r.asked = Read<std::uint16_t>(data + 4);
+    r.targets.resize(count);
+    if (count)
+        std::memcpy(r.targets.data(), data + 8, 2 * count);
+    return length;
+}
+
+// ROUTED's record: u32 seconds and u32 microseconds of `timeUs`, u32
+// `missed`, then the packet head.
+const size_t kRecordTime = 12;
+inline std::string RoutedRecord(const Routing& r)
+{
+    const std::uint32_t time[3] = {static_cast<std::uint32_t>(r.timeUs / 1000000),
+                                   static_cast<std::uint32_t>(r.timeUs % 1000000), r.missed};
+    return std::string(reinterpret_cast<const char*>(time), sizeof time) + PacketHead(r);
+}
+inline bool ParseRoutedRecord(const char* data, size_t size, Routing& r)
+{
+    if (size < kRecordTime || ParsePacketHead(data + kRecordTime, size - kRecordTime, r) != size - kRecordTime)
+        return false;
+    r.timeUs = Read<std::uint32_t>(data) * 1000000LL + Read<std::uint32_t>(data + 4);
+    r.missed = Read<std::uint32_t>(data + 8);
+    return true;
+}
 
 // --- the header by direction ------------------------------------------------------
 // As a client sends a message: the flags field holds the destination client.
