@@ -28,7 +28,7 @@ trap 'rm -rf "$work"' EXIT
 (cd "$build" && eval "$(cat CMakeFiles/BSCommonLibrary.dir/link.txt) -o $work/lib.so -Wl,-Map=$work/lib.map")
 python3 - "$work/lib.map" <<'PY'
 import re, sys
-areas = [("ParaWalk.cpp", "walk and tables"), ("ParaParsers.cpp", "walk and tables"),
+areas = [("ParaReader.cpp", "walk and tables"), ("ParaParsers.cpp", "walk and tables"),
          ("CommonParaAdapter.cpp", "readers and dispatcher"), ("MsgClientManage.cpp", "message client"),
          ("CommonUtils.cpp", "utilities")]
 size = {}

@@ -82,7 +82,7 @@ para::Field ScalarField(ST type)
     static const uint16_t kSizes[] = {1, 1, 1, 2, 2, 4, 4, 8, 8, 4};
     para::Field f{};
     f.op = para::Op::Scalar;
-    f.type = uint8_t(type);
+    f.scalar = type;
     f.size = kSizes[size_t(type)];
     return f;
 }

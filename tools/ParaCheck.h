@@ -145,9 +145,9 @@ private:
             Report(p.keys, std::string(JsonTypeName(value)) + " is not read into " + width + ": stores " + stored);
             return;
         }
-        if (Kind(f.kind) == Kind::Float)
+        if (f.kind() == Kind::Float)
             return;
-        const bool isSigned = Kind(f.kind) == Kind::Signed || (Kind(f.kind) == Kind::Char && std::is_signed_v<char>);
+        const bool isSigned = f.kind() == Kind::Signed || (f.kind() == Kind::Char && std::is_signed_v<char>);
         if (!isSigned && value.isIntegral() && value.asDouble() < 0)
             Report(p.keys, "negative value " + Text(value) + " into unsigned " + width + ": stores " + stored);
         else if (isSigned ? !(value.isInt64() && std::to_string(value.asInt64()) == stored)

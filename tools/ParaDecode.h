@@ -59,7 +59,7 @@ inline Json::Value DecodeRecord(const Record& record, const std::string& bytes)
         {
             const char* at = bytes.data() + p.offset;
             if (f.op == Op::Scalar) {
-                At(section, p.keys) = ValueJson(bytes, {p.path, p.keys, p.offset, f.size, Kind(f.kind)});
+                At(section, p.keys) = ValueJson(bytes, {p.path, p.keys, p.offset, f.size, f.kind()});
             } else if (f.op == Op::Text) {
                 // all bytes up to the trailing zero bytes: a text that fills its
                 // field or holds a NUL inside comes back whole

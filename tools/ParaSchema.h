@@ -105,7 +105,7 @@ public:
         case Op::Scalar: {
             Json::Value s = ScalarSchema(f);
             s["description"] =
-                Where(p, ScalarLabel(f)) + (Kind(f.kind) == Kind::Float ? " (a number, or decimal text)" : "");
+                Where(p, ScalarLabel(f)) + (f.kind() == Kind::Float ? " (a number, or decimal text)" : "");
             Target(f, p) = s;
             break;
         }
@@ -173,7 +173,7 @@ private:
             step.Write(ones.data(), f, high);
         });
         const std::string keys(f.key, f.length);
-        const std::string label = StepId(f.kind) == StepId::HexRegion || f.count[0]
+        const std::string label = f.step == StepId::HexRegion || f.count[0]
                                       ? "u8[" + std::to_string(bytes) + "]"
                                       : "u" + std::to_string(8 * f.size);
         const std::string what = " converted into " + Where(p, label) +

@@ -52,8 +52,8 @@ inline std::vector<FieldInfo> Layout(const Record& record)
         void Leaf(const Field& f, const Place& p)
         {
             if (f.op != Op::Step) {
-                out.push_back({p.path, p.keys, p.offset, f.size, Kind(f.kind)});
-            } else if (StepId(f.kind) == StepId::HexRegion) {
+                out.push_back({p.path, p.keys, p.offset, f.size, f.kind()});
+            } else if (f.step == StepId::HexRegion) {
                 out.push_back({p.path, p.keys, p.offset, f.size, Kind::Hex});
             } else if (!f.count[0]) {
                 out.push_back({p.path, p.keys, p.offset, f.size, Kind::Unsigned});

@@ -66,7 +66,7 @@ inline std::string FieldKeys(const Field& f, const std::string& object)
 // "u8", "i32", "char", "f32": a scalar field's type, as the tools name it.
 inline std::string ScalarLabel(const Field& f)
 {
-    switch (Kind(f.kind)) {
+    switch (f.kind()) {
     case Kind::Float: return "f32";
     case Kind::Char: return "char";
     case Kind::Signed: return "i" + std::to_string(8 * f.size);

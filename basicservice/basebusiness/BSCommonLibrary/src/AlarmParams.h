@@ -16,19 +16,19 @@ PARA_RECORD(alarmLinkRecord_t,
     PARA_FIELD(8, L),
     PARA_FIELD(9, ST),
     PARA_RESERVED(10, reserved0));
-PARA_PARSER(ParseAlarmLinkRecord, alarmLinkRecord_t, "empty json when parse alarm link record!\n", nullptr, nullptr, false)
+PARA_PARSER(ParseAlarmLinkRecord, alarmLinkRecord_t, .Empty("empty json when parse alarm link record!\n"))
 
 PARA_RECORD(alarmLinkSnapShot,
     PARA_FIELD(0, EN),
     PARA_RESERVED(4, reserved0));
-PARA_PARSER(ParseAlarmLinkSnapShot, alarmLinkSnapShot, "empty json when parse alarm link snap shot!\n", nullptr, nullptr, false)
+PARA_PARSER(ParseAlarmLinkSnapShot, alarmLinkSnapShot, .Empty("empty json when parse alarm link snap shot!\n"))
 
 PARA_RECORD(alarmLinkOutput_t,
     PARA_FIELD(4, T),
     PARA_FIELD(0, ID),
     PARA_RESERVED(1, reserved0),
     PARA_RESERVED(6, reserved1));
-PARA_PARSER(ParseAlarmLinkOutput, alarmLinkOutput_t, "empty json when parse alarm link output!\n", nullptr, nullptr, false)
+PARA_PARSER(ParseAlarmLinkOutput, alarmLinkOutput_t, .Empty("empty json when parse alarm link output!\n"))
 
 PARA_RECORD(alarmLinkProcess_t,
     PARA_FIELD(29, L),
@@ -47,7 +47,7 @@ PARA_RECORD(alarmLinkProcess_t,
     PARA_SUBRECORD(20, PS, ParseAlarmLinkOutput),
     PARA_RESERVED(56, reserved0));
 // 1 when "AR", "SS" and "PS" are all empty or absent, else 0.
-PARA_PARSER(ParseAlarmLinkProcess, alarmLinkProcess_t, "empty json when parse alarm link process!\n", nullptr, nullptr, true)
+PARA_PARSER(ParseAlarmLinkProcess, alarmLinkProcess_t, .Empty("empty json when parse alarm link process!\n").FromParts())
 
 PARA_RECORD(alarmPlanPeriod_t,
     PARA_FIELD(0, S),
@@ -58,7 +58,7 @@ PARA_RECORD(alarmPlanPeriod_t,
 PARA_RECORD(alarmPlan_t,
     PARA_ARRAY(0, I));
 // A schedule without "I" is empty too.
-PARA_PARSER(ParseAlarmPlan, alarmPlan_t, "empty json when parse alarm plan!\n", nullptr, "I", false)
+PARA_PARSER(ParseAlarmPlan, alarmPlan_t, .Empty("empty json when parse alarm plan!\n").Needs("I"))
 
 PARA_RECORD(CommonSnapPara_t,
     PARA_FIELD(0, E),
@@ -70,7 +70,7 @@ PARA_RECORD(CommonSnapPara_t,
     PARA_FIELD(12, U),
     PARA_RESERVED(16, reserved1));
 // ("comman" is how the recorder has always spelt it.)
-PARA_PARSER(ParseCommonSnapPara, CommonSnapPara_t, "empty json when parse comman snap para!\n", nullptr, nullptr, false)
+PARA_PARSER(ParseCommonSnapPara, CommonSnapPara_t, .Empty("empty json when parse comman snap para!\n"))
 
 // ---------------------------------------------------------------------------
 // Event alarm records.

@@ -19,7 +19,7 @@ PARA_RECORD(paramBoHaoParam_t,
     PARA_FIELD(259, WLS),
     PARA_FIELD(260, EN),
     PARA_RESERVED(261, reserved0));
-PARA_PARSER(ParseBoHaoParamJson, paramBoHaoParam_t, "empty json when parse BoHaoParam!\n", nullptr, nullptr, false)
+PARA_PARSER(ParseBoHaoParamJson, paramBoHaoParam_t, .Empty("empty json when parse BoHaoParam!\n"))
 
 // The profiles are read by the exported profile parser, which reports a
 // missing one and leaves it as it was.

@@ -1,10 +1,10 @@
 // The exported parsers: each runs its registry row or its sub-record rules
-// through the interpreter (ParaWalk.cpp); and the motion-detection region
+// through the interpreter (ParaReader.cpp); and the motion-detection region
 // conversion.
 #include "ParaTypes.h"
 
 // Section parsers, one per registry row.
-#define PARA_SECTION_PARSER(type, key, parser, record, empty, failed) \
+#define PARA_SECTION_PARSER(type, key, parser, record, ...) \
     int parser(Json::Value const& doc, record& r) { return para::ParseSection(para::kTypes[type], doc, &r); }
 PARA_TYPES(PARA_SECTION_PARSER)
 
@@ -18,7 +18,7 @@ PARA_SUB_PARSERS(PARA_SUB_PARSER)
 template <int N> int ParseNCommonSnapPara(Json::Value const& list, CommonSnapPara_t (&paras)[N])
 {
     static constexpr para::Field kSet =
-        para::ParsedMember<CommonSnapPara_t[N]>("", "", 0, para::kParseCommonSnapPara, para::Field::kSelf);
+        para::ParsedOf<CommonSnapPara_t[N]>("", "", 0, para::kParseCommonSnapPara, para::Field::kSelf);
     para::ReadEntry(kSet, list, paras);
     return 0;
 }

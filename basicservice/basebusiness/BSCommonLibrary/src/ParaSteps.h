@@ -9,7 +9,7 @@
 #ifndef PARA_STEPS_H
 #define PARA_STEPS_H
 
-#include "ParaDescribe.h"
+#include "ParaRead.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -339,7 +339,7 @@ private:
 // Calls f(Step()) with the step of an entry.
 template <class F> void WithStep(const Field& field, F f)
 {
-    switch (StepId(field.kind)) {
+    switch (field.step) {
     case StepId::PackNibbles: return f(PackNibbles());
     case StepId::MacText: return f(MacText());
     case StepId::VoltageText: return f(VoltageText());

@@ -37,7 +37,7 @@ PARA_RECORD(paramAlarmThresh1_t,
     PARA_FIELD(46, ITH),
     PARA_FIELD(48, PLGT),
     PARA_FIELD(50, PLGR));
-PARA_PARSER(ParseGDSAlarmThresh1, paramAlarmThresh1_t, "empty json when parse paramAlarmThresh1_t!\n", nullptr, nullptr, false)
+PARA_PARSER(ParseGDSAlarmThresh1, paramAlarmThresh1_t, .Empty("empty json when parse paramAlarmThresh1_t!\n"))
 
 PARA_RECORD(paramAlarmThresh2_t,
     PARA_FIELD(0, EFT),
@@ -139,7 +139,7 @@ PARA_RECORD(paramAlarmThresh2_t,
     PARA_FIELD(147, ITL3),
     PARA_FIELD(148, ITL4),
     PARA_RESERVED(149, reserved0));
-PARA_PARSER(ParseGDSAlarmThresh2, paramAlarmThresh2_t, "empty json when parse paramAlarmThresh2_t!\n", nullptr, nullptr, false)
+PARA_PARSER(ParseGDSAlarmThresh2, paramAlarmThresh2_t, .Empty("empty json when parse paramAlarmThresh2_t!\n"))
 
 // ---------------------------------------------------------------------------
 // Green driving. Scalars are always written; the arrays and the two

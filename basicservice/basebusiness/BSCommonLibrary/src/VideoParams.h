@@ -4,7 +4,7 @@
 
 #include "ParaVideoRecords.h"
 #include "AlarmParams.h" // the description of CommonSnapPara_t
-#include "ParaDescribe.h"
+#include "ParaTable.h"
 
 PARA_RECORD(tag_MsgVideoEncodeChannel,
     PARA_FIELD(0, BR),

@@ -27,17 +27,13 @@ struct Walk {
 int ParseWith(const Parser& p, const Json::Value& object, void* record, Slots& slots);
 const Field* Level(const Field* first, unsigned start, unsigned keys, const Json::Value& object, char* base, Walk& walk);
 
-// The JSON library's order of member names: bytes compared unsigned, then
-// the shorter first. Keys are short and mostly differ in their first byte.
+// The keys mostly differ in their first byte: that byte decides before the
+// common comparison runs.
 int Compare(const char* name, unsigned length, const Field& f)
 {
     if (length && name[0] != f.key[0])
         return int(static_cast<unsigned char>(name[0])) - int(static_cast<unsigned char>(f.key[0]));
-    const unsigned n = length < f.length ? length : f.length;
-    for (unsigned i = 0; i < n; ++i)
-        if (name[i] != f.key[i])
-            return int(static_cast<unsigned char>(name[i])) - int(static_cast<unsigned char>(f.key[i]));
-    return int(length) - int(f.length);
+    return CompareKeys(name, length, f.key, f.length);
 }
 
 // Matches the members of `object` to the level's keys (sorted the same way)
@@ -135,7 +131,7 @@ void Elements(const Field& f, unsigned dim, const Json::Value& list, char* at, W
     }
 }
 
-void Entry(const Field& f, const Json::Value& value, char* base, Walk& walk)
+void ReadField(const Field& f, const Json::Value& value, char* base, Walk& walk)
 {
     if (f.count[0])
         Elements(f, 0, value, base + f.offset, walk);
@@ -156,7 +152,7 @@ const Field* Level(const Field* first, unsigned start, unsigned keys, const Json
     const Field* f = first;
     for (; f->op != Op::End; ++f) {
         switch (f->op) {
-        case Op::Group: f = Level(f + 1, f->offset, f->size, value(*f), base, walk); break;
+        case Op::Group: f = Level(f + 1, f->keyStart(), f->keyCount(), value(*f), base, walk); break;
         case Op::Reserved: break;
         case Op::Step:
             WithStep(*f, [&](auto step) { step.Read(object, *f, reinterpret_cast<unsigned char*>(base + f->offset)); });
@@ -168,7 +164,7 @@ const Field* Level(const Field* first, unsigned start, unsigned keys, const Json
             }
             Elements(*f, 0, value(*f), base + f->offset, walk);
             break;
-        default: Entry(*f, (f->flags & Field::kSelf) ? object : value(*f), base, walk); break;
+        default: ReadField(*f, (f->flags & Field::kSelf) ? object : value(*f), base, walk); break;
         }
     }
     if (slot)
@@ -178,9 +174,9 @@ const Field* Level(const Field* first, unsigned start, unsigned keys, const Json
 
 int ParseWith(const Parser& p, const Json::Value& object, void* record, Slots& slots)
 {
-    if (object.empty() || (p.needs && Member(object, p.needs).empty())) {
-        if (p.empty)
-            Common::gclDebugPrintf(0, PARA_SOURCE_FILE, p.name, __LINE__, "%s", p.empty);
+    if (object.empty() || (p.rules.needs && Member(object, p.rules.needs).empty())) {
+        if (p.rules.empty)
+            Common::gclDebugPrintf(0, PARA_SOURCE_FILE, p.name, __LINE__, "%s", p.rules.empty);
         return -1;
     }
     // Nothing in the walk is expected to throw: member lookups never do and
@@ -193,11 +189,11 @@ int ParseWith(const Parser& p, const Json::Value& object, void* record, Slots& s
         Level(r.fields, 0, r.keys, object, static_cast<char*>(record), walk);
     } catch (...) {
         slots.top = top;
-        if (p.failed)
-            Common::gclDebugPrintf(0, PARA_SOURCE_FILE, p.name, __LINE__, "%s", p.failed);
+        if (p.rules.failed)
+            Common::gclDebugPrintf(0, PARA_SOURCE_FILE, p.name, __LINE__, "%s", p.rules.failed);
         return -1;
     }
-    return p.fromParts && !walk.partRead ? 1 : 0;
+    return p.rules.fromParts && !walk.partRead ? 1 : 0;
 }
 
 } // namespace
@@ -206,7 +202,7 @@ void ReadEntry(const Field& field, const Json::Value& object, void* base)
 {
     Slots slots;
     Walk walk{&field, nullptr, slots, false};
-    Entry(field, (field.flags & Field::kSelf) ? object : Member(object, field), static_cast<char*>(base), walk);
+    ReadField(field, (field.flags & Field::kSelf) ? object : Member(object, field), static_cast<char*>(base), walk);
 }
 
 int Parse(const Parser& p, const Json::Value& object, void* record)

@@ -1,4 +1,4 @@
-// Record descriptions as data.
+// Record descriptions as data: the tables and how they are built.
 //
 // Each record is described once, beside the others of its subsystem, by a
 // constant table of fields in the reading order of its JSON object:
@@ -14,19 +14,14 @@
 //
 // Every entry states the byte offset of its member, and the compiler checks
 // it against the record. Kind, width, array bounds and the embedded record's
-// table are taken from the member's type. One interpreter (ParaWalk.cpp)
+// table are taken from the member's type. The interpreter (ParaReader.cpp)
 // fills records from JSON with these tables; the tools walk the same tables
 // to list, check, describe and decode records.
-#ifndef PARA_DESCRIBE_H
-#define PARA_DESCRIBE_H
-
-#include "ParaJsonReader.h"
-
-#include <json/value.h>
+#ifndef PARA_TABLE_H
+#define PARA_TABLE_H
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <type_traits>
 
 namespace para {
@@ -57,27 +52,49 @@ struct Record;
 struct Parser;
 
 struct Field {
-    char key[12];     // JSON key (a step's keys comma-separated; a reserved run's name)
-    uint16_t offset;  // of the field in its record
-    uint16_t size;    // bytes of one element
+    char key[12];      // JSON key (a step's keys comma-separated; a reserved run's name)
+    uint16_t offset;   // of the field in its record (a Group: see keyStart())
+    uint16_t size;     // bytes of one element (a Group: see keyCount())
     Op op;
-    uint8_t kind;     // Scalar: Kind; Step: StepId
-    uint8_t length;   // of the key
+    ScalarType scalar; // Scalar: the C++ type
+    StepId step;       // Step: the conversion
+    uint8_t length;    // of the key
     uint8_t flags;
-    uint8_t count[2]; // array bounds, outer first; 0 where there is no dimension
-    uint8_t rank;     // of the key among the keys of its level, in the JSON library's member order
-    uint8_t type;     // Scalar: the C++ type, a ScalarType
-    const void* ref;  // Record: the embedded Record; Parsed: its Parser
-                      // (a Group's offset and size hold the start and count of its level's keys)
+    uint8_t count[2];  // array bounds, outer first; 0 where there is no dimension
+    uint8_t rank;      // of the key among the keys of its level, in the JSON library's member order
+    const void* ref;   // Record: the embedded Record; Parsed: its Parser
 
     static constexpr uint8_t kSelf = 1;     // the object itself is the array, no key is looked up
     static constexpr uint8_t kPrefixed = 2; // the field's name is the group's key, "_", the key
 
     const Record& record() const { return *static_cast<const Record*>(ref); }
     const Parser& parser() const { return *static_cast<const Parser*>(ref); }
+    // The record an embedded entry (Record or Parsed) holds.
+    const Record& embedded() const;
     unsigned dims() const { return count[0] ? (count[1] ? 2 : 1) : 0; }
     // Bytes from one element of dimension `dim` to the next.
     size_t stride(unsigned dim) const { return dim == 0 && count[1] ? size_t(count[1]) * size : size; }
+    // A Group has no bytes of its own: it keeps where its level's keys start
+    // in the record's lookup order and how many there are.
+    unsigned keyStart() const { return offset; }
+    unsigned keyCount() const { return size; }
+    // How the bytes are shown: a scalar by its type, a step by what it stores
+    // (a hexadecimal region as one run, the others as unsigned integers).
+    constexpr Kind kind() const
+    {
+        switch (op) {
+        case Op::Scalar:
+            return scalar == ScalarType::F32    ? Kind::Float
+                   : scalar == ScalarType::Char ? Kind::Char
+                   : scalar == ScalarType::I8 || scalar == ScalarType::I16 || scalar == ScalarType::I32 ||
+                           scalar == ScalarType::I64
+                       ? Kind::Signed
+                       : Kind::Unsigned;
+        case Op::Text: return Kind::Text;
+        case Op::Step: return step == StepId::HexRegion ? Kind::Hex : Kind::Unsigned;
+        default: return Kind::Reserved;
+        }
+    }
 };
 
 struct Record {
@@ -90,18 +107,42 @@ struct Record {
                           // to them in one pass over the object
 };
 
-// The rules of an exported parser around its record's walk.
+// The rules of an exported parser around its record's walk, stated by name:
+//   Rules().Empty("empty json when parse alarm plan!\n").Needs("I")
+struct Rules {
+    const char* empty = nullptr;  // logged for an empty or absent object (nullptr: silent)
+    const char* failed = nullptr; // logged if the walk throws (nullptr: nothing)
+    const char* needs = nullptr;  // a member that must not be empty either (nullptr: none)
+    bool fromParts = false;       // result 1 unless an embedded record's parser returned 0
+
+    constexpr Rules Empty(const char* message) const { Rules r = *this; r.empty = message; return r; }
+    constexpr Rules Failed(const char* message) const { Rules r = *this; r.failed = message; return r; }
+    constexpr Rules Needs(const char* key) const { Rules r = *this; r.needs = key; return r; }
+    constexpr Rules FromParts() const { Rules r = *this; r.fromParts = true; return r; }
+};
+
 struct Parser {
     const char* name;     // the exported function, for its log lines
     const Record* record;
-    const char* empty;    // logged for an empty or absent object (nullptr: silent)
-    const char* failed;   // logged if the walk throws (nullptr: nothing)
-    const char* needs;    // a member that must not be empty either (nullptr: none)
-    bool fromParts;       // result 1 unless an embedded record's parser returned 0
+    Rules rules;
 };
+
+inline const Record& Field::embedded() const { return op == Op::Record ? record() : *parser().record; }
 
 // The description of record R: Describe<R>::record.
 template <class R> struct Describe;
+
+// The JSON library's order of member names: bytes compared unsigned, then the
+// shorter first. The tables are sorted with it at compile time and the reader
+// matches an object's members to them with it.
+constexpr int CompareKeys(const char* a, unsigned aLength, const char* b, unsigned bLength)
+{
+    const unsigned n = aLength < bLength ? aLength : bLength;
+    for (unsigned i = 0; i < n; ++i)
+        if (a[i] != b[i])
+            return int(static_cast<unsigned char>(a[i])) - int(static_cast<unsigned char>(b[i]));
+    return int(aLength) - int(bLength);
+}
 
 // ---------------------------------------------------------------------------
 // Building entries at compile time.
@@ -110,7 +151,6 @@ template <class R> struct Describe;
 // expression the call is a compile error that names the problem.
 void offset_in_description_differs_from_record();
 void key_longer_than_11_characters();
-
 void hexadecimal_region_larger_than_64_bytes();
 
 constexpr bool SameText(const char* a, const char* b)
@@ -132,8 +172,8 @@ constexpr uint16_t CheckedOffset(size_t stated, size_t actual)
     return static_cast<uint16_t>(stated);
 }
 
-constexpr Field Entry(const char* key, Op op, size_t offset = 0, size_t size = 0, uint8_t kind = 0,
-                      size_t c0 = 0, size_t c1 = 0, const void* ref = nullptr, uint8_t flags = 0)
+constexpr Field MakeField(const char* key, Op op, size_t offset = 0, size_t size = 0, size_t c0 = 0, size_t c1 = 0,
+                          const void* ref = nullptr, uint8_t flags = 0)
 {
     Field f{};
     unsigned n = 0;
@@ -146,7 +186,6 @@ constexpr Field Entry(const char* key, Op op, size_t offset = 0, size_t size = 0
     f.offset = static_cast<uint16_t>(offset);
     f.size = static_cast<uint16_t>(size);
     f.op = op;
-    f.kind = kind;
     f.flags = flags;
     f.count[0] = static_cast<uint8_t>(c0);
     f.count[1] = static_cast<uint8_t>(c1);
@@ -188,68 +227,70 @@ template <class T> constexpr ScalarType ScalarTypeOf()
                                                 : ScalarType::F32;
 }
 
-template <class T> constexpr Kind KindOf()
-{
-    return std::is_floating_point_v<T> ? Kind::Float
-           : std::is_same_v<T, char>   ? Kind::Char
-           : std::is_signed_v<T>       ? Kind::Signed
-                                       : Kind::Unsigned;
-}
+// Whether an entry's macro is the one for an array: PARA_ARRAY and PARA_TEXTS
+// (Some) or PARA_FIELD and PARA_TEXT (None).
+enum class Dims { None, Some };
 
 // A scalar, an embedded record, or an array of either.
-template <class T> constexpr Field Member(const char* name, const char* key, size_t offset, uint8_t flags = 0)
+template <class T, Dims D>
+constexpr Field FieldOf(const char* name, const char* key, size_t offset, uint8_t flags = 0)
 {
     using E = typename Shape<T>::Element;
     static_assert(!std::is_array_v<E>, "at most two array dimensions");
+    static_assert(std::is_array_v<T> == (D == Dims::Some), "PARA_FIELD names one member, PARA_ARRAY an array");
     const size_t c0 = Shape<T>::c0, c1 = Shape<T>::c1;
     flags = static_cast<uint8_t>(flags | PrefixedUnless(name, key));
     if constexpr (std::is_class_v<E>) {
-        return Entry(key, Op::Record, offset, sizeof(E), 0, c0, c1, &Describe<E>::record, flags);
+        return MakeField(key, Op::Record, offset, sizeof(E), c0, c1, &Describe<E>::record, flags);
     } else {
         static_assert(kReadable<E>, "a type the readers have");
-        Field f = Entry(key, Op::Scalar, offset, sizeof(E), uint8_t(KindOf<E>()), c0, c1, nullptr, flags);
-        f.type = uint8_t(ScalarTypeOf<E>());
+        Field f = MakeField(key, Op::Scalar, offset, sizeof(E), c0, c1, nullptr, flags);
+        f.scalar = ScalarTypeOf<E>();
         return f;
     }
 }
 
 // Fixed-size text, or an array of texts (each element a JSON string).
-template <class T> constexpr Field TextMember(const char* name, const char* key, size_t offset)
+template <class T, Dims D> constexpr Field TextOf(const char* name, const char* key, size_t offset)
 {
     using E = std::remove_all_extents_t<T>;
+    static_assert(std::rank_v<T> == (D == Dims::Some ? 2 : 1), "PARA_TEXT names one text, PARA_TEXTS an array of them");
     static_assert(sizeof(E) == 1, "text of char or unsigned char");
     const size_t size = std::extent_v<T, std::rank_v<T> - 1>;
-    return Entry(key, Op::Text, offset, size, uint8_t(Kind::Text), std::rank_v<T> == 2 ? std::extent_v<T> : 0, 0,
-                 nullptr, PrefixedUnless(name, key));
+    return MakeField(key, Op::Text, offset, size, std::rank_v<T> == 2 ? std::extent_v<T> : 0, 0, nullptr,
+                     PrefixedUnless(name, key));
 }
 
 // An embedded record (or array of them) read by `parser`.
 template <class T>
-constexpr Field ParsedMember(const char* name, const char* key, size_t offset, const Parser& parser, uint8_t flags = 0)
+constexpr Field ParsedOf(const char* name, const char* key, size_t offset, const Parser& parser, uint8_t flags = 0)
 {
     using E = typename Shape<T>::Element;
-    return Entry(key, Op::Parsed, offset, sizeof(E), 0, Shape<T>::c0, Shape<T>::c1, &parser,
-                 uint8_t(flags | PrefixedUnless(name, key)));
+    return MakeField(key, Op::Parsed, offset, sizeof(E), Shape<T>::c0, Shape<T>::c1, &parser,
+                     uint8_t(flags | PrefixedUnless(name, key)));
 }
 
 // A field filled by a conversion step that reads `keys` of the current object.
-template <class T> constexpr Field StepMember(const char* keys, size_t offset, StepId step)
+template <class T> constexpr Field StepOf(const char* keys, size_t offset, StepId step)
 {
     using E = std::remove_all_extents_t<T>;
+    Field f{};
     // A step that packs hexadecimal text fills the field as one run of bytes.
     if (step == StepId::HexRegion) {
         if (sizeof(T) > 64)
             hexadecimal_region_larger_than_64_bytes();
-        return Entry(keys, Op::Step, offset, sizeof(T), uint8_t(step));
+        f = MakeField(keys, Op::Step, offset, sizeof(T));
+    } else {
+        f = MakeField(keys, Op::Step, offset, sizeof(E), Shape<T>::c0);
     }
-    return Entry(keys, Op::Step, offset, sizeof(E), uint8_t(step), Shape<T>::c0);
+    f.step = step;
+    return f;
 }
 
-constexpr Field End() { return Entry("", Op::End); }
+constexpr Field End() { return MakeField("", Op::End); }
 
 // A description with its lookup order: the entries of each level (the
-// record, each group) that look up a key, sorted as the JSON library orders
-// an object's members: bytes compared unsigned, then the shorter first.
+// record, each group) that look up a key, sorted with CompareKeys.
 template <size_t N> struct Table {
     Field fields[N];
     uint8_t order[N];
@@ -259,14 +300,7 @@ template <size_t N> struct Table {
 void description_longer_than_255_entries();
 void key_read_twice_at_one_level();
 
-constexpr bool KeyBefore(const Field& a, const Field& b)
-{
-    const unsigned n = a.length < b.length ? a.length : b.length;
-    for (unsigned i = 0; i < n; ++i)
-        if (a.key[i] != b.key[i])
-            return static_cast<unsigned char>(a.key[i]) < static_cast<unsigned char>(b.key[i]);
-    return a.length < b.length;
-}
+constexpr bool KeyBefore(const Field& a, const Field& b) { return CompareKeys(a.key, a.length, b.key, b.length) < 0; }
 
 // Sorts the keys of the level starting at entry `first` into order[pos...];
 // returns the number of them. Groups of the level are indexed after it.
@@ -310,6 +344,7 @@ template <size_t N> constexpr unsigned IndexLevel(Table<N>& t, size_t first, uns
     for (unsigned g = 0; g < groups; ++g) {
         const unsigned groupStart = pos;
         const unsigned n = IndexLevel(t, group[g] + 1, pos);
+        // what keyStart() and keyCount() give back
         t.fields[group[g]].offset = static_cast<uint16_t>(groupStart);
         t.fields[group[g]].size = static_cast<uint16_t>(n);
     }
@@ -331,6 +366,7 @@ template <size_t N> constexpr Table<N> Index(const Field (&fields)[N])
 } // namespace para
 
 #define PARA_AT(off, m) ::para::CheckedOffset(off, offsetof(Self, m))
+#define PARA_TYPE_OF(m) decltype(Self::m)
 
 // A record's description: PARA_RECORD(Type, entries...).
 #define PARA_RECORD(R, ...)                                                 \
@@ -341,130 +377,37 @@ template <size_t N> constexpr Table<N> Index(const Field (&fields)[N])
         static constexpr Record record{#R, table.fields, sizeof(R), table.keys, table.order}; \
     }
 
-// A scalar field, an array (of scalars, of described records, nested), or
-// an embedded record read by the walk, from the key of the member's name.
-#define PARA_FIELD(off, m) ::para::Member<decltype(Self::m)>(#m, #m, PARA_AT(off, m))
-#define PARA_ARRAY(off, m) PARA_FIELD(off, m)
+// A scalar field or an embedded record read by the walk, from the key of the
+// member's name; PARA_ARRAY the same for an array of one or two dimensions.
+#define PARA_FIELD(off, m) ::para::FieldOf<PARA_TYPE_OF(m), ::para::Dims::None>(#m, #m, PARA_AT(off, m))
+#define PARA_ARRAY(off, m) ::para::FieldOf<PARA_TYPE_OF(m), ::para::Dims::Some>(#m, #m, PARA_AT(off, m))
 // The same from another key: a group's key, the member named GROUP_KEY.
-#define PARA_FIELD_KEY(off, m, key) ::para::Member<decltype(Self::m)>(#m, key, PARA_AT(off, m))
+#define PARA_FIELD_KEY(off, m, key) ::para::FieldOf<PARA_TYPE_OF(m), ::para::Dims::None>(#m, key, PARA_AT(off, m))
 // An array that is the object itself (a section that is a JSON array).
-#define PARA_ARRAY_SELF(off, m) ::para::Member<decltype(Self::m)>(#m, #m, PARA_AT(off, m), ::para::Field::kSelf)
-// Fixed-size text (char[N] or unsigned char[N]); an array of texts.
-#define PARA_TEXT(off, m) ::para::TextMember<decltype(Self::m)>(#m, #m, PARA_AT(off, m))
-#define PARA_TEXT_KEY(off, m, key) ::para::TextMember<decltype(Self::m)>(#m, key, PARA_AT(off, m))
-#define PARA_TEXTS(off, m) PARA_TEXT(off, m)
+#define PARA_ARRAY_SELF(off, m) \
+    ::para::FieldOf<PARA_TYPE_OF(m), ::para::Dims::Some>(#m, #m, PARA_AT(off, m), ::para::Field::kSelf)
+// Fixed-size text (char[N] or unsigned char[N]); PARA_TEXTS an array of texts.
+#define PARA_TEXT(off, m) ::para::TextOf<PARA_TYPE_OF(m), ::para::Dims::None>(#m, #m, PARA_AT(off, m))
+#define PARA_TEXTS(off, m) ::para::TextOf<PARA_TYPE_OF(m), ::para::Dims::Some>(#m, #m, PARA_AT(off, m))
+#define PARA_TEXT_KEY(off, m, key) ::para::TextOf<PARA_TYPE_OF(m), ::para::Dims::None>(#m, key, PARA_AT(off, m))
 // An embedded record, or an array of them, read with the rules of its
 // exported parser (its empty test and log line).
 #define PARA_SUBRECORD(off, m, parser) \
-    ::para::ParsedMember<decltype(Self::m)>(#m, #m, PARA_AT(off, m), ::para::k##parser)
+    ::para::ParsedOf<PARA_TYPE_OF(m)>(#m, #m, PARA_AT(off, m), ::para::k##parser)
 #define PARA_SUBRECORD_KEY(off, m, key, parser) \
-    ::para::ParsedMember<decltype(Self::m)>(#m, key, PARA_AT(off, m), ::para::k##parser)
+    ::para::ParsedOf<PARA_TYPE_OF(m)>(#m, key, PARA_AT(off, m), ::para::k##parser)
 // A field filled by a named conversion step from the keys it reads.
-#define PARA_STEP(off, m, step, keys) ::para::StepMember<decltype(Self::m)>(keys, PARA_AT(off, m), ::para::StepId::step)
+#define PARA_STEP(off, m, step, keys) ::para::StepOf<PARA_TYPE_OF(m)>(keys, PARA_AT(off, m), ::para::StepId::step)
 // Bytes no parser writes.
-#define PARA_RESERVED(off, m) \
-    ::para::Entry(#m, ::para::Op::Reserved, PARA_AT(off, m), sizeof(Self::m), uint8_t(::para::Kind::Reserved))
+#define PARA_RESERVED(off, m) ::para::MakeField(#m, ::para::Op::Reserved, PARA_AT(off, m), sizeof(Self::m))
 // The entries up to PARA_END_GROUP() are read from the object under `key`;
 // their fields stay in this record.
-#define PARA_GROUP(key) ::para::Entry(key, ::para::Op::Group)
+#define PARA_GROUP(key) ::para::MakeField(key, ::para::Op::Group)
 #define PARA_END_GROUP() ::para::End()
 
-// An exported parser of an embedded record: name, record, then the Parser's
-// rules (empty message, failure message, required member, result from parts).
+// An exported parser of an embedded record with its rules, stated by name:
+//   PARA_PARSER(ParseAlarmPlan, alarmPlan_t, .Empty("...").Needs("I"))
 #define PARA_PARSER(parser, R, ...) \
-    namespace para { inline constexpr Parser k##parser{#parser, &Describe<R>::record, __VA_ARGS__}; }
-
-namespace para {
-
-// Member lookup that never throws: a non-object (array, number, string,
-// boolean) yields the null value like an absent key does.
-inline const Json::Value& Member(const Json::Value& value, const char* key, size_t length)
-{
-    const Json::Value* found = value.isObject() ? value.find(key, key + length) : nullptr;
-    return found ? *found : Json::Value::nullSingleton();
-}
-inline const Json::Value& Member(const Json::Value& value, const char* key)
-{
-    return Member(value, key, std::strlen(key));
-}
-inline const Json::Value& Member(const Json::Value& object, const Field& f)
-{
-    return Member(object, f.key, f.length);
-}
-
-// "PARAMETER" -> "MDVR" -> key of a parameter document.
-inline const Json::Value& Section(const Json::Value& doc, const char* key)
-{
-    return Member(Member(Member(doc, "PARAMETER"), "MDVR"), key);
-}
-
-// Calls f(T()) with the C++ type of a scalar field.
-template <class F> auto WithScalarType(const Field& field, F f)
-{
-    switch (ScalarType(field.type)) {
-    case ScalarType::U8: return f((unsigned char)0);
-    case ScalarType::I8: return f((signed char)0);
-    case ScalarType::Char: return f((char)0);
-    case ScalarType::U16: return f((unsigned short)0);
-    case ScalarType::I16: return f((short)0);
-    case ScalarType::U32: return f(0u);
-    case ScalarType::I32: return f(0);
-    case ScalarType::U64: return f(0ULL);
-    case ScalarType::I64: return f(0LL);
-    case ScalarType::F32: break;
-    }
-    return f(0.0f);
-}
-
-// Reads a scalar field's value into `at` with the reader of its type and the
-// default 0 that every parameter field has. An integer field of up to 32 bits
-// given a JSON integer is read here directly, with the readers' rule: a value
-// from INT_MIN to UINT_MAX keeps its low bytes, anything else gives 0 and -1.
-// Every other case goes to the reader itself.
-inline int ReadScalarField(const Field& field, const Json::Value& value, void* at)
-{
-    const Json::ValueType type = value.type();
-    if ((type == Json::intValue || type == Json::uintValue) && field.type < uint8_t(ScalarType::U64)) {
-        bool fits;
-        uint32_t bits;
-        if (type == Json::intValue) {
-            const Json::LargestInt v = value.asLargestInt();
-            fits = v >= -2147483648LL && v <= 4294967295LL;
-            bits = fits ? static_cast<uint32_t>(v) : 0;
-        } else {
-            const Json::LargestUInt v = value.asLargestUInt();
-            fits = v <= 4294967295ULL;
-            bits = fits ? static_cast<uint32_t>(v) : 0;
-        }
-        if (field.size == 1) {
-            const uint8_t low = static_cast<uint8_t>(bits);
-            std::memcpy(at, &low, 1);
-        } else if (field.size == 2) {
-            const uint16_t low = static_cast<uint16_t>(bits);
-            std::memcpy(at, &low, 2);
-        } else {
-            std::memcpy(at, &bits, 4);
-        }
-        return fits ? 0 : -1;
-    }
-    return WithScalarType(field, [&](auto zero) {
-        decltype(zero) v = zero;
-        int result;
-        if constexpr (std::is_floating_point_v<decltype(v)>)
-            result = GetJsonFloat(value, v, 0.0f);
-        else
-            result = GetJsonIntegral(value, v, decltype(v)(0));
-        std::memcpy(at, &v, sizeof v);
-        return result;
-    });
-}
-
-// Runs an exported parser's rules and walk over `object` into `record`.
-int Parse(const Parser& parser, const Json::Value& object, void* record);
-
-// Reads one entry of a table from `object` into the record at `base`.
-void ReadEntry(const Field& field, const Json::Value& object, void* base);
-
-} // namespace para
+    namespace para { inline constexpr Parser k##parser{#parser, &Describe<R>::record, Rules() __VA_ARGS__}; }
 
 #endif
