@@ -33,7 +33,7 @@ int Compare(const char* name, unsigned length, const Field& f)
 {
     if (length && name[0] != f.key[0])
         return int(static_cast<unsigned char>(name[0])) - int(static_cast<unsigned char>(f.key[0]));
-    return CompareKeys(name, length, f.key, f.length);
+    return CompareKeys(name, length, f);
 }
 
 // Matches the members of `object` to the level's keys (sorted the same way)

@@ -132,16 +132,17 @@ inline const Record& Field::embedded() const { return op == Op::Record ? record(
 // The description of record R: Describe<R>::record.
 template <class R> struct Describe;
 
-// The JSON library's order of member names: bytes compared unsigned, then the
-// shorter first. The tables are sorted with it at compile time and the reader
-// matches an object's members to them with it.
-constexpr int CompareKeys(const char* a, unsigned aLength, const char* b, unsigned bLength)
+// The JSON library's order of member names, here of a name against a field's
+// key: bytes compared unsigned, then the shorter first. The tables are sorted
+// with it at compile time and the reader matches an object's members to them
+// with it.
+constexpr int CompareKeys(const char* name, unsigned length, const Field& f)
 {
-    const unsigned n = aLength < bLength ? aLength : bLength;
+    const unsigned n = length < f.length ? length : f.length;
     for (unsigned i = 0; i < n; ++i)
-        if (a[i] != b[i])
-            return int(static_cast<unsigned char>(a[i])) - int(static_cast<unsigned char>(b[i]));
-    return int(aLength) - int(bLength);
+        if (name[i] != f.key[i])
+            return int(static_cast<unsigned char>(name[i])) - int(static_cast<unsigned char>(f.key[i]));
+    return int(length) - int(f.length);
 }
 
 // ---------------------------------------------------------------------------
@@ -300,7 +301,7 @@ template <size_t N> struct Table {
 void description_longer_than_255_entries();
 void key_read_twice_at_one_level();
 
-constexpr bool KeyBefore(const Field& a, const Field& b) { return CompareKeys(a.key, a.length, b.key, b.length) < 0; }
+constexpr bool KeyBefore(const Field& a, const Field& b) { return CompareKeys(a.key, a.length, b) < 0; }
 
 // Sorts the keys of the level starting at entry `first` into order[pos...];
 // returns the number of them. Groups of the level are indexed after it.
