@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <type_traits>
 
 namespace {
 
@@ -23,20 +24,21 @@ void LogException(const Json::Value& value, const char* function, int line)
 
 #define PARA_LOG_EXCEPTION(value) LogException(value, __func__, __LINE__)
 
-// The 32-bit readers share one body: the bits are stored as they come,
-// whatever the destination's signedness.
-template <class T> int ReadInt32(const Json::Value& value, T& dst, T def, const char* function, int line)
+// The 32- and 64-bit readers share one body. A 32-bit value must fit int or
+// unsigned int, and its bits are stored as they come, whatever the
+// destination's signedness; a 64-bit one is converted by the JSON library,
+// which throws when it does not fit.
+template <class T> int ReadInteger(const Json::Value& value, T& dst, T def, const char* function, int line)
 {
-    if (value.empty() || !value.isIntegral()) {
-        dst = def;
-        return -1;
-    }
-    if (!value.isUInt() && !value.isInt()) {
+    if (value.empty() || !value.isIntegral() || (sizeof(T) == 4 && !value.isUInt() && !value.isInt())) {
         dst = def;
         return -1;
     }
     try {
-        dst = value.isUInt() ? static_cast<T>(value.asUInt()) : static_cast<T>(value.asInt());
+        if constexpr (sizeof(T) == 8)
+            dst = std::is_signed_v<T> ? static_cast<T>(value.asInt64()) : static_cast<T>(value.asUInt64());
+        else
+            dst = value.isUInt() ? static_cast<T>(value.asUInt()) : static_cast<T>(value.asInt());
         return 0;
     } catch (...) {
         LogException(value, function, line);
@@ -59,12 +61,12 @@ template <class Wide, class T> int ReadNarrow(const Json::Value& value, T& dst, 
 
 int GetJsonIntegral(Json::Value const& value, unsigned int& dst, unsigned int def)
 {
-    return ReadInt32(value, dst, def, __func__, __LINE__);
+    return ReadInteger(value, dst, def, __func__, __LINE__);
 }
 
 int GetJsonIntegral(Json::Value const& value, int& dst, int def)
 {
-    return ReadInt32(value, dst, def, __func__, __LINE__);
+    return ReadInteger(value, dst, def, __func__, __LINE__);
 }
 
 int GetJsonIntegral(Json::Value const& value, unsigned char& dst, unsigned char def)
@@ -94,34 +96,12 @@ int GetJsonIntegral(Json::Value const& value, char& dst, char def)
 
 int GetJsonIntegral(Json::Value const& value, long long& dst, long long def)
 {
-    if (value.empty() || !value.isIntegral()) {
-        dst = def;
-        return -1;
-    }
-    try {
-        dst = value.asInt64();
-        return 0;
-    } catch (...) {
-        PARA_LOG_EXCEPTION(value);
-        dst = def;
-        return -1;
-    }
+    return ReadInteger(value, dst, def, __func__, __LINE__);
 }
 
 int GetJsonIntegral(Json::Value const& value, unsigned long long& dst, unsigned long long def)
 {
-    if (value.empty() || !value.isIntegral()) {
-        dst = def;
-        return -1;
-    }
-    try {
-        dst = value.asUInt64();
-        return 0;
-    } catch (...) {
-        PARA_LOG_EXCEPTION(value);
-        dst = def;
-        return -1;
-    }
+    return ReadInteger(value, dst, def, __func__, __LINE__);
 }
 
 int GetJsonFloat(Json::Value const& value, float& dst, float def)
