@@ -4,12 +4,17 @@
 #include <gtest/gtest.h>
 
 #include <pthread.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <sys/time.h>
 #include <time.h>
 
 #include <atomic>
 #include <chrono>
 #include <climits>
+#include <cstdio>
 #include <future>
 #include <memory>
 #include <random>
@@ -269,6 +274,57 @@ TEST(Thread, RunsDetached)
     unsigned long id = 12345;
     EXPECT_EQ(CreateNormalThread(nullptr, nullptr, &id), -1);
     EXPECT_EQ(id, 12345UL);
+}
+
+void* Unreachable(void*)
+{
+    _exit(3);
+}
+
+void* Sleeper(void*)
+{
+    for (;;)
+        pause();
+}
+
+// A thread that cannot be created: a child process whose address space is
+// limited to what it already uses has no room for a thread's stack. The
+// call must say so and leave the id alone. (Skipped where the limit is not
+// enforced, as under qemu-user, or where the sanitizer needs the room itself.)
+TEST(Thread, ReportsAThreadThatCannotBeCreated)
+{
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "AddressSanitizer needs address space of its own";
+#endif
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        unsigned long pages = 0;
+        std::FILE* statm = std::fopen("/proc/self/statm", "r");
+        if (!statm || std::fscanf(statm, "%lu", &pages) != 1)
+            _exit(4);
+        std::fclose(statm);
+        const rlim_t used = rlim_t(pages) * rlim_t(sysconf(_SC_PAGESIZE));
+        const rlimit limit{used + (1u << 20), used + (1u << 20)};
+        if (setrlimit(RLIMIT_AS, &limit) != 0)
+            _exit(4);
+        void* probe = mmap(nullptr, 8u << 20, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (probe != MAP_FAILED)
+            _exit(77); // the limit is not enforced here
+        // Stacks of threads that have ended are kept for new ones: take them.
+        pthread_t thread;
+        for (int i = 0; i < 1000 && pthread_create(&thread, nullptr, Sleeper, nullptr) == 0; ++i) {
+        }
+        unsigned long id = 12345;
+        const int result = CreateNormalThread(Unreachable, nullptr, &id);
+        _exit(result == -1 && id == 12345 ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status)) << status;
+    if (WEXITSTATUS(status) == 77)
+        GTEST_SKIP() << "the address-space limit is not enforced here";
+    EXPECT_EQ(WEXITSTATUS(status), 0) << "1: reported success or wrote the id; 4: the limit could not be set";
 }
 
 }  // namespace

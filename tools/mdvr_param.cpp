@@ -356,7 +356,8 @@ int Types()
     std::printf("%4s  %-8s %-34s %-32s %s\n", "type", "section", "parser", "record", "size");
     for (const TypeInfo* t : types)
         std::printf("%4d  %-8s %-34s %-32s %zu\n", t->type, t->key, t->parser.name, RecordName(*t), RecordSize(*t));
-    std::printf("types 0-51 without a line have no parser in this build; 52-60 are reserved, 61 and above invalid\n");
+    std::printf("types 0-%d without a line have no parser in this build; %d-60 are reserved, 61 and above invalid\n",
+                para::kTypeCount - 1, para::kTypeCount);
     return 0;
 }
 

@@ -160,7 +160,8 @@ int GetJsonCString(Json::Value const& value, unsigned char* dst, int size)
 
 // ---------------------------------------------------------------------------
 
-// Types 52 to 60 are reserved; above them a type is invalid.
+// The types after the registry's up to 60 are reserved; above them a type is
+// invalid.
 constexpr int kLastReservedType = 60;
 
 int AdaptParaJson(_PARA_TYPE_ type, Json::Value const& doc, void* record)
