@@ -7,36 +7,16 @@
 // phase ends with a client request that dumps the counts since the previous
 // dump, labelled "parse" or "adapt KEY"; without it, one profile of the whole
 // run. Run natively, it prints the number of heap allocations of each phase.
+#include "AllocationCounter.h"
+#include "BenchSupport.h"
 #include "CommonParaAdapter.h"
 #include "ParaTypes.h"
 
-#include <json/reader.h>
 #include <valgrind/callgrind.h>
 
 #include <cstdio>
-#include <cstdlib>
-#include <fstream>
-#include <new>
-#include <sstream>
 #include <string>
 #include <vector>
-
-namespace {
-long g_allocations = 0;
-} // namespace
-
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-void* operator new(size_t size)
-{
-    ++g_allocations;
-    if (void* p = std::malloc(size ? size : 1))
-        return p;
-    throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete(void* p, size_t) noexcept { std::free(p); }
-#pragma GCC diagnostic pop
 
 int main(int argc, char** argv)
 {
@@ -45,43 +25,32 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "usage: adapt_cost FILE [--dump]\n");
         return 2;
     }
-    std::ifstream file(argv[1]);
-    std::stringstream buffer;
-    buffer << file.rdbuf();
-    const std::string text = buffer.str();
-    if (!file || text.empty()) {
-        std::fprintf(stderr, "adapt_cost: cannot read %s\n", argv[1]);
-        return 2;
-    }
+    const std::string text = bench::ReadText(argv[1], "adapt_cost");
     std::vector<unsigned char> record(64 * 1024);
     Json::Value doc;
 
     if (dump) CALLGRIND_ZERO_STATS;
-    long before = g_allocations;
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-    Json::Reader reader;
-#pragma GCC diagnostic pop
-    if (!reader.parse(text.data(), text.data() + text.size(), doc, true)) {
+    bool parsed = false;
+    const long parseAllocations = bench::Allocations([&] { parsed = bench::ParseDocument(text, doc); });
+    if (!parsed) {
         std::fprintf(stderr, "adapt_cost: %s is no JSON document\n", argv[1]);
         return 2;
     }
     if (dump)
         CALLGRIND_DUMP_STATS_AT("parse");
-    std::printf("parse allocations %ld\n", g_allocations - before);
+    std::printf("parse allocations %ld\n", parseAllocations);
 
     long adaptAllocations = 0;
     int sections = 0, failed = 0;
     for (const para::Type& t : para::kTypes) {
         if (para::Section(doc, t.key).isNull())
             continue;
-        before = g_allocations;
+        const std::string label = std::string("adapt ") + t.key;
         if (dump)
             CALLGRIND_ZERO_STATS;
-        failed += AdaptParaJson(static_cast<_PARA_TYPE_>(t.type), doc, record.data()) != 0;
+        adaptAllocations += bench::Allocations([&] { failed += AdaptParaJson(t.type, doc, record.data()) != 0; });
         if (dump)
-            CALLGRIND_DUMP_STATS_AT((std::string("adapt ") + t.key).c_str());
-        adaptAllocations += g_allocations - before;
+            CALLGRIND_DUMP_STATS_AT(label.c_str());
         ++sections;
     }
     std::printf("adapt allocations %ld\nsections %d\nfailed %d\n", adaptAllocations, sections, failed);

@@ -7,18 +7,16 @@
 //
 // Prints the five deepest types and the largest figure. Runs natively and
 // under qemu-arm, where the figure is the recorder's.
+#include "BenchSupport.h"
 #include "CommonParaAdapter.h"
 #include "ParaTypes.h"
 #include "ToolkitHost.h"
 
-#include <json/reader.h>
 #include <pthread.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -75,14 +73,9 @@ int main(int argc, char** argv)
     }
     if (argc > 2 && std::string(argv[2]) == "--quiet-logs")
         ToolkitHost::SetLogSink(Quiet, nullptr);
-    std::ifstream file(argv[1]);
-    std::stringstream text;
-    text << file.rdbuf();
     Json::Value doc;
-    Json::CharReaderBuilder builder;
-    std::string errors;
-    if (!Json::parseFromStream(builder, text, &doc, &errors)) {
-        std::fprintf(stderr, "adapt_stack: %s: %s", argv[1], errors.c_str());
+    if (!bench::ParseDocument(bench::ReadText(argv[1], "adapt_stack"), doc)) {
+        std::fprintf(stderr, "adapt_stack: %s is no JSON document\n", argv[1]);
         return 2;
     }
     Job idle{&doc, -1, {}};

@@ -1,34 +1,22 @@
 // Parsing the example parameter document with the JSON library beside
 // adapting every section present in it, in one run.
+#include "BenchSupport.h"
 #include "CommonParaAdapter.h"
 #include "ParaTypes.h"
 
 #include <benchmark/benchmark.h>
-#include <json/reader.h>
 
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 namespace {
 
-std::string ExampleText()
-{
-    std::ifstream file(EXAMPLES_DIR "/mdvr_parameters.json");
-    std::stringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
+std::string ExampleText() { return bench::ReadText(EXAMPLES_DIR "/mdvr_parameters.json", "bench_adapt"); }
 
 Json::Value Parse(const std::string& text)
 {
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-    Json::Reader reader;
-#pragma GCC diagnostic pop
     Json::Value doc;
-    reader.parse(text.data(), text.data() + text.size(), doc, true);
+    bench::ParseDocument(text, doc);
     return doc;
 }
 
@@ -49,7 +37,7 @@ void BM_AdaptExample(benchmark::State& state)
         sections = 0;
         for (const para::Type& t : para::kTypes)
             if (!para::Section(doc, t.key).isNull()) {
-                benchmark::DoNotOptimize(AdaptParaJson(static_cast<_PARA_TYPE_>(t.type), doc, record.data()));
+                benchmark::DoNotOptimize(AdaptParaJson(t.type, doc, record.data()));
                 ++sections;
             }
         benchmark::ClobberMemory();

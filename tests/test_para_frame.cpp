@@ -1,6 +1,7 @@
 // The adapter frame: the JSON readers, the dispatcher, message bodies, and
 // properties of the walk that every registered record description must have.
 #include "ParaShow.h"
+#include "AllocationCounter.h"
 #include "ParaTestSupport.h"
 
 #include <climits>
@@ -372,33 +373,7 @@ TEST(RecordDescriptions, AnyKindOfValueAtAnyKeyIsRead)
 // Reading a parsed document allocates nothing: texts are copied straight from
 // the JSON library's storage and lookups never build temporary values.
 
-namespace {
-bool g_countAllocations = false;
-long g_allocations = 0;
-template <class Run> long Allocations(Run run)
-{
-    g_allocations = 0;
-    g_countAllocations = true;
-    run();
-    g_countAllocations = false;
-    return g_allocations;
-}
-} // namespace
-
-// GCC pairs the inlined replacement delete with the library's new and warns.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-void* operator new(size_t size)
-{
-    if (g_countAllocations)
-        ++g_allocations;
-    if (void* p = std::malloc(size ? size : 1))
-        return p;
-    throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept { std::free(p); }
-void operator delete(void* p, size_t) noexcept { std::free(p); }
-#pragma GCC diagnostic pop
+using bench::Allocations;
 
 TEST(RecordDescriptions, ParsingTheExampleAllocatesNothing)
 {
