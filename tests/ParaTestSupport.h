@@ -5,6 +5,7 @@
 
 #include "CommonParaAdapter.h"
 #include "ParaTypes.h"
+#include "ParaWalk.h"
 #include "ToolkitHost.h"
 
 #include <gtest/gtest.h>
@@ -205,12 +206,9 @@ void ExpectParsed(Parse parse, const std::string& json, int result, const Fields
 // The conversion step of a record's table that reads `keys`.
 inline const para::Field& StepField(const para::Record& record, const char* keys)
 {
-    int depth = 0;
-    for (const para::Field* f = record.fields; f->op != para::Op::End || depth-- > 0; ++f) {
-        depth += f->op == para::Op::Group;
+    for (const para::Field* f = record.fields; f != para::LevelEnd(record.fields); ++f)
         if (f->op == para::Op::Step && std::string(f->key, f->length) == keys)
             return *f;
-    }
     throw std::logic_error(std::string("no step reads ") + keys);
 }
 

@@ -247,17 +247,18 @@ namespace {
 // The array fields of a record with their places, found by the tools' walk
 // over its table, in element 0 of every enclosing array.
 typedef std::pair<const para::Field*, para::Place> ArrayField;
+struct ArrayFinder : para::PlaceVisitor {
+    std::vector<ArrayField> found;
+    template <class Walk> void Elements(const para::Field& f, unsigned dim, const para::Place& p, Walk walk)
+    {
+        if (dim == 0)
+            found.push_back({&f, p});
+        walk(para::ElementPlace(f, dim, p, 0));
+    }
+};
 std::vector<ArrayField> ArrayFields(const para::Record& record)
 {
-    struct Arrays : para::Visitor {
-        std::vector<ArrayField> found;
-        unsigned Array(const para::Field& f, const para::Place& p, unsigned dim)
-        {
-            if (dim == 0)
-                found.push_back({&f, p});
-            return 1;
-        }
-    } arrays;
+    ArrayFinder arrays;
     para::WalkRecord(record, arrays);
     return arrays.found;
 }
@@ -313,7 +314,7 @@ TEST(RecordDescriptions, ArraysAreReadWithinTheirBounds)
         for (const ArrayField& a : ArrayFields(*t.parser.record)) {
             const para::Field& f = *a.first;
             const size_t offset = a.second.offset;
-            SCOPED_TRACE(std::string(t.key) + " " + a.second.keys);
+            SCOPED_TRACE(std::string(t.key) + " " + para::PathText(a.second.keys));
             shapes.insert(std::to_string(int(f.op)) + "." + std::to_string(f.dims()) +
                           ((f.flags & para::Field::kSelf) ? " self" : ""));
             const int c0 = f.count[0], c1 = f.count[1];

@@ -3,7 +3,7 @@
 #ifndef PARA_CHECK_H
 #define PARA_CHECK_H
 
-#include "ParaWalk.h"
+#include "ParaPlace.h"
 
 #include <cstring>
 #include <set>
@@ -40,51 +40,62 @@ inline const char* JsonTypeName(const Json::Value& v)
 // reported is what the parser stores.
 class CheckVisitor {
 public:
-    CheckVisitor(const Json::Value& section, std::string root, std::vector<Finding>& out)
-        : root_(std::move(root)), out_(&out)
+    // A level with the object its fields are read from; a place with its value.
+    struct ObjectLevel {
+        para::Level where;
+        const Json::Value& object;
+    };
+    struct ValuePlace {
+        Place where;
+        const Json::Value& value;
+    };
+
+    CheckVisitor(std::string root, std::vector<Finding>& out) : root_(std::move(root)), out_(&out) {}
+
+    template <class Walk> void Group(const Field& group, const ObjectLevel& l, Walk walk)
     {
-        stack_.push_back(&section);
+        const para::Level inner = GroupLevel(group, l.where);
+        walk(ObjectLevel{inner, Read(l.object, inner.group, l.where.object)});
     }
 
-    unsigned Array(const Field& f, const Place& p, unsigned dim)
+    template <class Walk> void Entry(const Field& f, const ObjectLevel& l, Walk walk)
     {
-        const Json::Value& list = dim > 0 ? Top() : Value(f, p);
-        stack_.push_back(&list);
+        const Place p = FieldPlace(f, l.where);
+        if (f.op == Op::Step)
+            Step(f, p, l.object);
+        else if (f.op != Op::Reserved)
+            walk(ValuePlace{p, (f.flags & Field::kSelf) ? l.object : Read(l.object, std::string(f.key, f.length), p.object)});
+    }
+
+    template <class Walk> void Elements(const Field& f, unsigned dim, const ValuePlace& p, Walk walk)
+    {
+        const Json::Value& list = p.value;
         if (list.isNull())
-            return 0;
+            return;
         const unsigned bound = f.count[dim];
         if (!list.isArray()) {
             if (shapes_.insert(&list).second)
-                Report(p.keys, std::string(JsonTypeName(list)) + " where an array is read: nothing is stored");
-            return 0;
+                Report(p.where.keys, std::string(JsonTypeName(list)) + " where an array is read: nothing is stored");
+            return;
         }
         if (list.size() > bound)
-            Report(p.keys, "array of " + std::to_string(list.size()) + " elements: elements " + std::to_string(bound) +
-                               " and later are ignored (bound " + std::to_string(bound) + ")");
-        return list.size() < bound ? list.size() : bound;
+            Report(p.where.keys, "array of " + std::to_string(list.size()) + " elements: elements " +
+                                     std::to_string(bound) + " and later are ignored (bound " + std::to_string(bound) + ")");
+        for (unsigned i = 0; i < list.size() && i < bound; ++i)
+            walk(ValuePlace{ElementPlace(f, dim, p.where, i), list[Json::ArrayIndex(i)]});
     }
-    void EnterElement(const Field&, const Place&, unsigned i) { stack_.push_back(&Top()[Json::ArrayIndex(i)]); }
-    void LeaveElement() { stack_.pop_back(); }
-    void EndArray() { stack_.pop_back(); }
 
-    bool EnterRecord(const Field& f, const Place& p)
+    template <class Walk> void Record(const Field&, const ValuePlace& p, Walk walk)
     {
-        stack_.push_back(&Value(f, p));
-        return true;
+        walk(ObjectLevel{RecordLevel(p.where), p.value});
     }
-    void LeaveRecord() { stack_.pop_back(); }
 
-    void EnterGroup(const Field& f, const Place& p) { stack_.push_back(&Read(Top(), std::string(f.key, f.length), p.object)); }
-    void LeaveGroup() { stack_.pop_back(); }
-
-    void Leaf(const Field& f, const Place& p)
+    void Leaf(const Field& f, const ValuePlace& p)
     {
-        switch (f.op) {
-        case Op::Scalar: Scalar(f, p, Value(f, p)); break;
-        case Op::Text: Text(f, p, Value(f, p)); break;
-        case Op::Step: Step(f, p); break;
-        default: break;
-        }
+        if (f.op == Op::Scalar)
+            Scalar(f, p.where, p.value);
+        else if (f.op == Op::Text)
+            Text(f, p.where, p.value);
     }
 
     // Reports the members of every object read from that no parser reads.
@@ -93,27 +104,22 @@ public:
         for (const auto& [object, path] : objects_)
             for (const std::string& name : object->getMemberNames())
                 if (!read_.count({object, name}))
-                    out_->push_back({Join(path, name), "key not read by the parser: ignored"});
+                    out_->push_back({Join(Joined(path, name)), "key not read by the parser: ignored"});
     }
 
 private:
-    const Json::Value& Top() const { return *stack_.back(); }
-
-    std::string Join(const std::string& keys, const std::string& name = "") const
+    // The JSON path of a key path under the section.
+    std::string Join(const Path& keys) const
     {
-        std::string path = root_;
-        if (!keys.empty())
-            path += (keys[0] == '[' ? "" : ".") + keys;
-        if (!name.empty())
-            path += "." + name;
-        return path;
+        const std::string text = PathText(keys);
+        return text.empty() ? root_ : root_ + (text[0] == '[' ? "" : ".") + text;
     }
 
-    void Report(const std::string& keys, std::string what) { out_->push_back({Join(keys), std::move(what)}); }
+    void Report(const Path& keys, std::string what) { out_->push_back({Join(keys), std::move(what)}); }
 
     // Member `key` of `object` (at key path `at`), as the parser reads it: a
     // non-object gives null, and is reported once.
-    const Json::Value& Read(const Json::Value& object, const std::string& key, const std::string& at)
+    const Json::Value& Read(const Json::Value& object, const std::string& key, const Path& at)
     {
         if (object.isObject()) {
             if (seen_.insert(&object).second)
@@ -124,14 +130,6 @@ private:
         if (!object.isNull() && shapes_.insert(&object).second)
             Report(at, std::string(JsonTypeName(object)) + " where an object is read: its fields get their defaults");
         return Json::Value::nullSingleton();
-    }
-
-    // The value a field (or element) is read from.
-    const Json::Value& Value(const Field& f, const Place& p)
-    {
-        if (p.element || (f.flags & Field::kSelf))
-            return Top();
-        return Read(Top(), std::string(f.key, f.length), p.object);
     }
 
     void Scalar(const Field& f, const Place& p, const Json::Value& value)
@@ -176,12 +174,11 @@ private:
             Report(p.keys, "text fills its " + std::to_string(n) + "-byte field: stored with no terminator");
     }
 
-    void Step(const Field& f, const Place& p)
+    void Step(const Field& f, const Place& p, const Json::Value& object)
     {
-        const Json::Value& object = Top();
         WithStep(f, [&](auto step) {
             step.Check(object, f, [&](const std::string& key, const std::string& what) {
-                out_->push_back({Join(p.object, key), what});
+                out_->push_back({Join(Joined(p.object, key)), what});
             });
         });
         for (unsigned i = 0; i < 2; ++i) {
@@ -213,8 +210,7 @@ private:
 
     std::string root_;
     std::vector<Finding>* out_;
-    std::vector<const Json::Value*> stack_;
-    std::vector<std::pair<const Json::Value*, std::string>> objects_; // with their key paths
+    std::vector<std::pair<const Json::Value*, Path>> objects_; // with their key paths
     std::set<const Json::Value*> seen_;
     std::set<const Json::Value*> shapes_;
     std::set<std::pair<const Json::Value*, std::string>> read_;
@@ -230,8 +226,8 @@ inline std::vector<Finding> CheckSection(const Record& record, const Json::Value
         findings.push_back({root, "empty section: the parser returns -1 and writes nothing"});
         return findings;
     }
-    CheckVisitor check(section, root, findings);
-    WalkRecord(record, check);
+    CheckVisitor check(root, findings);
+    WalkRecord(record, check, CheckVisitor::ObjectLevel{Level(), section});
     check.Finish();
     return findings;
 }

@@ -14,34 +14,21 @@
 
 #include <json/writer.h>
 
-#include <algorithm>
 #include <string>
 #include <type_traits>
 
 namespace para {
 
-// The value at a key path ("RCP[0].RSI[1][2].S", "[3].EN") of a JSON tree,
-// made (an object or an array, as the path says) where it is missing.
-inline Json::Value& At(Json::Value& root, const std::string& keys)
+// The value at a key path of a JSON tree, made (an object or an array, as
+// the path says) where it is missing.
+inline Json::Value& At(Json::Value& root, const Path& keys)
 {
     Json::Value* at = &root;
-    size_t i = 0;
-    while (i < keys.size()) {
-        if (keys[i] == '.') {
-            ++i;
-        } else if (keys[i] == '[') {
-            const size_t close = keys.find(']', i);
-            if (!at->isArray())
-                *at = Json::Value(Json::arrayValue);
-            at = &(*at)[Json::ArrayIndex(std::stoul(keys.substr(i + 1, close - i - 1)))];
-            i = close + 1;
-        } else {
-            const size_t end = std::min(keys.find_first_of(".[", i), keys.size());
-            if (!at->isObject())
-                *at = Json::Value(Json::objectValue);
-            at = &(*at)[keys.substr(i, end - i)];
-            i = end;
-        }
+    for (const Part& part : keys) {
+        const Json::ValueType type = part.name.empty() ? Json::arrayValue : Json::objectValue;
+        if (at->type() != type)
+            *at = Json::Value(type);
+        at = part.name.empty() ? &(*at)[Json::ArrayIndex(part.index)] : &(*at)[part.name];
     }
     return *at;
 }
@@ -50,7 +37,7 @@ inline Json::Value& At(Json::Value& root, const std::string& keys)
 // table's size).
 inline Json::Value DecodeRecord(const Record& record, const std::string& bytes)
 {
-    struct Decode : Visitor {
+    struct Decode : PlaceVisitor {
         Json::Value section{Json::objectValue};
         const std::string& bytes;
         explicit Decode(const std::string& b) : bytes(b) {}
@@ -59,7 +46,7 @@ inline Json::Value DecodeRecord(const Record& record, const std::string& bytes)
         {
             const char* at = bytes.data() + p.offset;
             if (f.op == Op::Scalar) {
-                At(section, p.keys) = ValueJson(bytes, {p.path, p.keys, p.offset, f.size, f.kind()});
+                At(section, p.keys) = ValueJson(bytes, {"", "", p.offset, f.size, f.kind()});
             } else if (f.op == Op::Text) {
                 // all bytes up to the trailing zero bytes: a text that fills its
                 // field or holds a NUL inside comes back whole
@@ -69,7 +56,7 @@ inline Json::Value DecodeRecord(const Record& record, const std::string& bytes)
                 At(section, p.keys) = std::string(at, length);
             } else if (f.op == Op::Step) {
                 Json::Value& object = At(section, p.object);
-                if (!object.isObject())
+                if (!object.isObject()) // a step of a level with no other key
                     object = Json::Value(Json::objectValue);
                 WithStep(f, [&](auto step) { step.Write(reinterpret_cast<const unsigned char*>(at), f, object); });
             }

@@ -6,7 +6,7 @@
 #ifndef PARA_SCHEMA_H
 #define PARA_SCHEMA_H
 
-#include "ParaWalk.h"
+#include "ParaPlace.h"
 
 #include <cstring>
 #include <limits>
@@ -55,58 +55,65 @@ inline Json::Value ScalarSchema(const Field& f)
 // reads its key, arrays described by their first element.
 class SchemaVisitor {
 public:
-    explicit SchemaVisitor(Json::Value& section) { stack_.push_back({&section, false}); }
+    // A level with the object schema its keys go into; a place with the
+    // schema of its value.
+    struct SchemaLevel {
+        para::Level where;
+        Json::Value* object;
+    };
+    struct SchemaPlace {
+        Place where;
+        Json::Value* schema;
+    };
 
-    unsigned Array(const Field& f, const Place& p, unsigned dim)
+    template <class Walk> void Group(const Field& group, const SchemaLevel& l, Walk walk)
     {
-        Json::Value& s = Target(f, p) = Json::Value(Json::objectValue);
+        Json::Value& node = Property(*l.object, group);
+        if (!node.isMember("properties"))
+            node = ObjectSchema("group of keys stored in this record");
+        walk(SchemaLevel{GroupLevel(group, l.where), &node});
+    }
+
+    template <class Walk> void Entry(const Field& f, const SchemaLevel& l, Walk walk)
+    {
+        const Place p = FieldPlace(f, l.where);
+        if (f.op == Op::Step)
+            Step(f, p, *l.object);
+        else if (f.op != Op::Reserved)
+            walk(SchemaPlace{p, (f.flags & Field::kSelf) ? l.object : &Property(*l.object, f)});
+    }
+
+    template <class Walk> void Elements(const Field& f, unsigned dim, const SchemaPlace& p, Walk walk)
+    {
+        Json::Value& s = *p.schema = Json::Value(Json::objectValue);
         s["type"] = "array";
         s["maxItems"] = Json::UInt64(f.count[dim]);
         if (f.op != Op::Text)
             s["description"] = "up to " + std::to_string(f.count[dim]) +
                                " entries; entries beyond the array keep the record's bytes";
-        stack_.push_back({&s, true});
-        strides_.push_back(f.stride(dim));
-        return 1;
-    }
-    void EnterElement(const Field&, const Place&, unsigned) {}
-    void LeaveElement() {}
-    void EndArray()
-    {
-        stack_.pop_back();
-        strides_.pop_back();
+        walk(SchemaPlace{ElementPlace(f, dim, p.where, 0), &s["items"]});
     }
 
-    bool EnterRecord(const Field& f, const Place& p)
+    template <class Walk> void Record(const Field& f, const SchemaPlace& p, Walk walk)
     {
-        const Record& r = f.op == Op::Record ? f.record() : *f.parser().record;
-        Json::Value& s = Target(f, p) =
-            ObjectSchema(p.element ? "entry of " + std::to_string(r.size) + " bytes"
-                                   : "embedded record of " + std::to_string(r.size) + " bytes, " + Where(p) +
-                                         ", read by its own parser");
-        stack_.push_back({&s, false});
-        return true;
+        const para::Record& r = f.embedded();
+        Json::Value& s = *p.schema =
+            ObjectSchema(p.where.element ? "entry of " + std::to_string(r.size) + " bytes"
+                                         : "embedded record of " + std::to_string(r.size) + " bytes, " +
+                                               Where(p.where) + ", read by its own parser");
+        walk(SchemaLevel{RecordLevel(p.where), &s});
     }
-    void LeaveRecord() { stack_.pop_back(); }
 
-    void EnterGroup(const Field& f, const Place& p)
+    void Leaf(const Field& f, const SchemaPlace& sp)
     {
-        Json::Value& node = Target(f, p);
-        if (!node.isMember("properties"))
-            node = ObjectSchema("group of keys stored in this record");
-        stack_.push_back({&node, false});
-    }
-    void LeaveGroup() { stack_.pop_back(); }
-
-    void Leaf(const Field& f, const Place& p)
-    {
+        const Place& p = sp.where;
         const size_t n = f.size;
         switch (f.op) {
         case Op::Scalar: {
             Json::Value s = ScalarSchema(f);
             s["description"] =
                 Where(p, ScalarLabel(f)) + (f.kind() == Kind::Float ? " (a number, or decimal text)" : "");
-            Target(f, p) = s;
+            *sp.schema = s;
             break;
         }
         case Op::Text: {
@@ -117,45 +124,30 @@ public:
                                " bytes (maxLength counts characters: one byte each in ASCII), " +
                                Where(p, "char[" + std::to_string(n) + "]") + "; " + std::to_string(n) +
                                " bytes or more fill the field with no terminator";
-            Target(f, p) = s;
+            *sp.schema = s;
             break;
         }
-        case Op::Step: Step(f, p); break;
         default: break;
         }
     }
 
 private:
-    struct Slot {
-        Json::Value* node;
-        bool items; // an array's element goes under "items", else under "properties"
-    };
-
-    // Where the schema of field f goes.
-    Json::Value& Target(const Field& f, const Place& p)
+    static Json::Value& Property(Json::Value& object, const Field& f)
     {
-        const Slot& top = stack_.back();
-        if (top.items && p.element)
-            return (*top.node)["items"];
-        if (f.flags & Field::kSelf)
-            return *top.node;
-        return (*top.node)["properties"][std::string(f.key, f.length)];
+        return object["properties"][std::string(f.key, f.length)];
     }
 
     // "field RCP[i].RSI[j][k].S, u32 at offset 0 + 1796*i + 112*j + 16*k":
     // arrays are described by their first element.
-    std::string Where(const Place& p, const std::string& type = "") const
+    static std::string Where(const Place& p, const std::string& type = "")
     {
-        std::string path = p.path;
-        size_t d = 0;
-        for (size_t at = 0; (at = path.find("[0]", at)) != std::string::npos; at += 3)
-            path[at + 1] = "ijklmn"[d++ % 6];
-        std::string where = "field " + path;
+        static const char kLetters[] = "ijklmn";
+        std::string where = "field " + PathText(p.path, kLetters);
         if (!type.empty())
             where += ", " + type;
         where += " at offset " + std::to_string(p.offset);
-        for (d = 0; d < strides_.size(); ++d)
-            where += " + " + std::to_string(strides_[d]) + "*" + "ijklmn"[d % 6];
+        for (size_t d = 0; d < p.strides.size(); ++d)
+            where += " + " + std::to_string(p.strides[d]) + "*" + kLetters[d % 6];
         return where;
     }
 
@@ -163,7 +155,7 @@ private:
     // gives for a zeroed field; an integer key that Write gives as 0 for a
     // zeroed field and as a larger number for an all-ones one is bounded by
     // these two.
-    void Step(const Field& f, const Place& p)
+    void Step(const Field& f, const Place& p, Json::Value& object)
     {
         const size_t bytes = f.count[0] ? size_t(f.count[0]) * f.size : f.size;
         const std::vector<unsigned char> zero(bytes, 0), ones(bytes, 0xFF);
@@ -178,7 +170,6 @@ private:
                                       : "u" + std::to_string(8 * f.size);
         const std::string what = " converted into " + Where(p, label) +
                                  (keys.find(',') != std::string::npos ? " with the keys " + keys : "");
-        Json::Value& object = *stack_.back().node;
         for (unsigned i = 0; i < 2; ++i) {
             const std::string key = StepKey(f, i);
             if (key.empty())
@@ -202,17 +193,14 @@ private:
             object["properties"][key] = s;
         }
     }
-
-    std::vector<Slot> stack_;
-    std::vector<size_t> strides_; // of the enclosing arrays
 };
 
 // The schema of the section object of a record.
 inline Json::Value SectionSchema(const Record& record, const std::string& description)
 {
     Json::Value s = ObjectSchema(description);
-    SchemaVisitor schema(s);
-    WalkRecord(record, schema);
+    SchemaVisitor schema;
+    WalkRecord(record, schema, SchemaVisitor::SchemaLevel{Level(), &s});
     return s;
 }
 

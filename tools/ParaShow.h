@@ -4,7 +4,7 @@
 #ifndef PARA_SHOW_H
 #define PARA_SHOW_H
 
-#include "ParaWalk.h"
+#include "ParaPlace.h"
 
 #include <json/value.h>
 
@@ -24,6 +24,7 @@ struct FieldInfo {
     size_t offset;
     size_t size;      // bytes
     Kind kind;
+    Path parts = {};  // the field path in parts
 };
 
 // Name of a field's type as the layout shows it ("u16", "char[16]", "u8[2]").
@@ -47,21 +48,17 @@ inline std::string TypeName(const FieldInfo& f)
 // run, the others as unsigned integers (element by element for an array).
 inline std::vector<FieldInfo> Layout(const Record& record)
 {
-    struct List : Visitor {
+    struct List : PlaceVisitor {
         std::vector<FieldInfo> out;
         void Leaf(const Field& f, const Place& p)
         {
-            if (f.op != Op::Step) {
-                out.push_back({p.path, p.keys, p.offset, f.size, f.kind()});
-            } else if (f.step == StepId::HexRegion) {
-                out.push_back({p.path, p.keys, p.offset, f.size, Kind::Hex});
-            } else if (!f.count[0]) {
-                out.push_back({p.path, p.keys, p.offset, f.size, Kind::Unsigned});
-            } else {
-                for (unsigned i = 0; i < f.count[0]; ++i) {
-                    const std::string index = "[" + std::to_string(i) + "]";
-                    out.push_back({p.path + index, p.keys + index, p.offset + i * f.size, f.size, Kind::Unsigned});
-                }
+            if (f.op != Op::Step || f.step == StepId::HexRegion || !f.count[0]) {
+                out.push_back({PathText(p.path), PathText(p.keys), p.offset, f.size, f.kind(), p.path});
+                return;
+            }
+            for (unsigned i = 0; i < f.count[0]; ++i) {
+                const Place e = ElementPlace(f, 0, p, i);
+                out.push_back({PathText(e.path), PathText(e.keys), e.offset, f.size, f.kind(), e.path});
             }
         }
     } list;

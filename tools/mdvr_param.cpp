@@ -277,7 +277,7 @@ int Show(const std::string& only, const std::string& format, const std::string& 
             Json::Value record(Json::objectValue);
             for (const para::FieldInfo& f : p.layout)
                 if (f.kind != para::Kind::Reserved)
-                    para::At(record, f.path) = para::ValueJson(p.bytes, f);
+                    para::At(record, f.parts) = para::ValueJson(p.bytes, f);
             all[t->key] = record;
         }
     }
