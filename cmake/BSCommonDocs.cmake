@@ -31,15 +31,32 @@ set(BSCOMMON_MAN_PATHS
 
 # --- API reference ----------------------------------------------------------------
 set(BSCOMMON_DOCS_DIR ${CMAKE_CURRENT_BINARY_DIR}/docs)
+set(BSCOMMON_LAYOUT_PAGES ${BSCOMMON_DOCS_DIR}/records.dox)
 configure_file(${CMAKE_CURRENT_SOURCE_DIR}/docs/api/Doxyfile.in ${BSCOMMON_DOCS_DIR}/Doxyfile @ONLY)
 file(GLOB BSCOMMON_DOC_HEADERS CONFIGURE_DEPENDS ${BSCOMMON_DIR}/include/*.h)
+# A page per record type with what `mdvr-param layout` prints, and each field's
+# offset and size from it.
+add_custom_command(OUTPUT ${BSCOMMON_LAYOUT_PAGES}
+    COMMAND ${PYTHON3_DOCS} ${CMAKE_CURRENT_SOURCE_DIR}/docs/api/make-layout-pages.py
+            --headers ${BSCOMMON_DIR}/include --output ${BSCOMMON_LAYOUT_PAGES}
+            -- ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:mdvr-param>
+    DEPENDS mdvr-param ${BSCOMMON_DOC_HEADERS} ${CMAKE_CURRENT_SOURCE_DIR}/docs/api/make-layout-pages.py
+    COMMENT "record layout pages (from mdvr-param layout)"
+    VERBATIM)
 add_custom_command(OUTPUT ${BSCOMMON_DOCS_DIR}/html/index.html
     COMMAND ${CMAKE_COMMAND} -E rm -rf ${BSCOMMON_DOCS_DIR}/html
     COMMAND ${DOXYGEN} ${BSCOMMON_DOCS_DIR}/Doxyfile
     DEPENDS ${BSCOMMON_DOC_HEADERS} ${BSCOMMON_DOCS_DIR}/Doxyfile ${CMAKE_CURRENT_SOURCE_DIR}/docs/api/mainpage.md
+            ${CMAKE_CURRENT_SOURCE_DIR}/docs/guide.md ${BSCOMMON_LAYOUT_PAGES}
+            ${TOOLKIT_INCLUDE}/CommonToolkit.h ${TOOLKIT_INCLUDE}/BusWire.h
     COMMENT "API reference (doxygen, warnings are errors)"
     VERBATIM)
 add_custom_target(docs ALL DEPENDS ${BSCOMMON_DOCS_DIR}/html/index.html)
+if(BSCOMMON_TESTS AND NOT CMAKE_CROSSCOMPILING)
+    add_test(NAME docs_reference
+        COMMAND bash ${CMAKE_CURRENT_SOURCE_DIR}/tests/docs/check-docs.sh ${BSCOMMON_DOCS_DIR}/html
+                $<TARGET_FILE:mdvr-param>)
+endif()
 
 # --- man pages ------------------------------------------------------------------
 # A page for each tool that this build makes and that answers --version.
