@@ -3,6 +3,9 @@
 #   cmake --install <build> [--prefix DIR]   lib/        libBSCommonLibrary.so, libtoolkit.so
 #                                            bin/        mdvr-param (and the bus tools)
 #                                            share/man/man1/  their man pages
+#                                            share/doc/libbscommonlibrary/examples/mdvr_parameters.json
+#                                            share/bscommonlibrary/mdvr-bus.lua (the dissector)
+#                                            share/bash-completion/completions/  the tools' completion
 #                                            share/doc/libbscommonlibrary{,-dev}/
 #                                                        changelog.gz, copyright; -dev: html/
 #                                            include/BSCommonLibrary/   exported headers, CommonToolkit.h, BusWire.h
@@ -39,6 +42,14 @@ foreach(tool mdvr-busd mdvr-bus mdvr-recorder)
         install(TARGETS ${tool} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
     endif()
 endforeach()
+# Bash completion: one file for all the tools, installed under each tool's
+# name, where bash-completion looks for it when the tool is first completed.
+foreach(tool mdvr-param mdvr-busd mdvr-bus mdvr-recorder)
+    if(TARGET ${tool})
+        install(FILES ${PROJECT_SOURCE_DIR}/tools/completion/bscommon-tools.bash
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ${tool} COMPONENT runtime)
+    endif()
+endforeach()
 if(TOOLKIT_VENDOR_DIR)
     file(GLOB BSCOMMON_VENDOR_TOOLKIT ${TOOLKIT_VENDOR_DIR}/libtoolkit.so*)
     install(FILES ${BSCOMMON_VENDOR_TOOLKIT} DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
@@ -66,9 +77,24 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/BSCommonLibraryConfig.cmake
 # reference with the headers, and in each package's doc directory the
 # changelog and the copyright file that Debian packages carry.
 if(BSCOMMON_DOCS)
+    # A page names the installed example document and dissector under the
+    # prefix that it is installed to.
     foreach(page IN LISTS BSCOMMON_MAN_PAGES)
-        install(FILES ${page}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT runtime)
+        install(CODE "set(BSCOMMON_MAN_PAGE \"${page}\")
+            set(BSCOMMON_MAN_BUILD_PREFIX \"${CMAKE_INSTALL_PREFIX}\")
+            set(BSCOMMON_MAN_PATHS \"${BSCOMMON_MAN_PATHS}\")
+            set(BSCOMMON_MAN_DESTINATION \"${CMAKE_INSTALL_MANDIR}/man1\")
+            set(BSCOMMON_GZIP \"${GZIP}\")
+            include(\"${CMAKE_CURRENT_LIST_DIR}/InstallManPage.cmake\")"
+            COMPONENT runtime)
     endforeach()
+    # What the man pages' examples and FILES sections name.
+    install(FILES ${PROJECT_SOURCE_DIR}/examples/mdvr_parameters.json
+        DESTINATION ${BSCOMMON_EXAMPLES_INSTALL_DIR} COMPONENT runtime)
+    if(TARGET mdvr-bus)
+        install(FILES ${PROJECT_SOURCE_DIR}/docs/mdvr-bus.lua DESTINATION ${BSCOMMON_DATA_INSTALL_DIR}
+            COMPONENT runtime)
+    endif()
     install(DIRECTORY ${BSCOMMON_DOCS_DIR}/html
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libbscommonlibrary-dev COMPONENT development)
     foreach(package_component libbscommonlibrary:runtime libbscommonlibrary-dev:development)

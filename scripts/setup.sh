@@ -3,7 +3,8 @@
 #   scripts/setup.sh host   compiler, CMake, JsonCpp, GoogleTest, Google Benchmark,
 #                           valgrind, ZeroMQ (libzmq, cppzmq) and CLI11 for the development bus
 #                           and mdvr-param, Python's JSON Schema validator for the tests,
-#                           doxygen (API reference), help2man and man-db (man pages and their check),
+#                           doxygen (API reference), python3 (the generators of the man pages and
+#                           the records' layout pages), man-db and groff-base (the man pages' check),
 #                           tshark (the bus tests read a capture back with it)
 #   scripts/setup.sh all    the above plus the armhf cross compiler, qemu-user and
 #                           mmdebstrap, then the armhf sysroot (scripts/armhf-sysroot.sh:
@@ -21,7 +22,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 . "$here/fetch.sh"
 
 want=(cmake make g++ libjsoncpp-dev libgtest-dev libbenchmark-dev valgrind libzmq3-dev cppzmq-dev libcli11-dev
-      python3-jsonschema doxygen help2man man-db tshark)
+      python3 python3-jsonschema doxygen man-db groff-base tshark)
 if [ "${1:-all}" = all ]; then
     want+=(g++-arm-linux-gnueabihf binutils-arm-linux-gnueabihf qemu-user mmdebstrap)
     want+=(clang libclang-rt-14-dev abigail-tools pkg-config)

@@ -54,11 +54,18 @@ for package in libbscommonlibrary libbscommonlibrary-dev; do
     docs+=("/usr/share/doc/$package/changelog.gz" "/usr/share/doc/$package/copyright")
 done
 man_pages=()
-for page in "$build"/man/*.1.gz; do
-    [ -e "$page" ] && man_pages+=("/usr/share/man/man1/$(basename "$page")")
+for page in "$build"/man/*.1; do
+    [ -e "$page" ] && man_pages+=("/usr/share/man/man1/$(basename "$page").gz")
 done
 [ ${#man_pages[@]} -gt 0 ] || fail "the build made no man pages"
-runtime_files=$(expect_files "$runtime" "${runtime_expected[@]}" "${man_pages[@]}" "${docs[@]:0:2}")
+# What the man pages' examples name, and each tool's bash completion.
+runtime_data=(/usr/share/doc/libbscommonlibrary/examples/mdvr_parameters.json)
+for tool in "${runtime_expected[@]}"; do
+    case $tool in /usr/bin/*) runtime_data+=("/usr/share/bash-completion/completions/$(basename "$tool")") ;; esac
+done
+if [ -x "$build/mdvr-bus" ]; then runtime_data+=(/usr/share/bscommonlibrary/mdvr-bus.lua); fi
+runtime_files=$(expect_files "$runtime" "${runtime_expected[@]}" "${runtime_data[@]}" "${man_pages[@]}" \
+    "${docs[@]:0:2}")
 dev_files=$(expect_files "$dev" \
     /usr/include/BSCommonLibrary/CommonParaAdapter.h /usr/include/BSCommonLibrary/MsgClientManage.h \
     /usr/include/BSCommonLibrary/CommonUtils.h /usr/include/BSCommonLibrary/CommonToolkit.h \

@@ -9,11 +9,19 @@
 
 #include <cstring>
 
-// The record that registers, feeds and unregisters a watchdog: the body of
-// the watchdog messages below.
+/// The record that registers, feeds and unregisters a watchdog: the body of the watchdog
+/// messages (BusWire::kDogRegister, BusWire::kDogFeed, BusWire::kDogUnregister, sent to
+/// destination 0). 36 bytes on every target.
+///
+/// CMsgClientManage keeps one, filled from its constructor's arguments, and sends it when it is
+/// made, from CMsgClientManage::MSGFeedWatchDog() and when it is destroyed; a process that uses
+/// CMsgClientManage never fills one itself.
 struct WatchDogInfo {
-    char dogName[32];      // 32 raw bytes of the name; need not hold a NUL
-    unsigned int dogParam; // passed through to the watchdog service
+    char dogName[32];      ///< 32 raw bytes of the name, as given; they need not hold a NUL.
+    /// Passed through to the watchdog service unchanged. The development bus (mdvr-busd) reads
+    /// it as the watchdog's timeout in milliseconds, 0 meaning BusWire::kDogDefaultTimeoutMs
+    /// (30000).
+    unsigned int dogParam;
 };
 static_assert(sizeof(WatchDogInfo) == 36, "size of WatchDogInfo");
 

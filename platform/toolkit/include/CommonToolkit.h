@@ -18,23 +18,30 @@ namespace Common {
 TOOLKIT_API void gclDebugPrintf(int level, const char* file, const char* function, int line,
                                 const char* format, ...) __attribute__((format(printf, 5, 6)));
 
-// The 16-byte header at the start of every bus message; the body follows.
+/// The 16-byte header at the start of every bus message; the body follows it.
+///
+/// A message handler registered with CMsgClientManage receives the whole message, this header
+/// first, and its total length (16 plus the body's length); ParseJsonMessage() skips the header
+/// and parses the body. To answer a message, copy its header out of the message (it need not be
+/// aligned) and pass it to CMsgClientManage::MSGResponseMessage(). A program that holds only a
+/// JSON body puts a zeroed header with messageId and length set in front of it (docs/guide.md).
 struct SMessageHead {
-    int sourceId;             // sender's module id; for a response, the addressed module
-    int session;              // session number chosen by the sender
-    unsigned short flags;     // owned by the bus
-    unsigned short messageId; // the event; bit 15 marks a response
-    unsigned int length;      // bits 0-22: body length; bits 23-31 owned by the bus
+    int sourceId;             ///< The sender's module id; in a response, the module it is addressed to.
+    int session;              ///< The session number chosen by the sender, carried into the response.
+    unsigned short flags;     ///< Owned by the bus.
+    unsigned short messageId; ///< The event (message id); bit 15 (BusWire::kResponseBit) marks a response.
+    unsigned int length;      ///< Bits 0-22: the body's length; bits 23-31 are owned by the bus.
 };
 static_assert(sizeof(SMessageHead) == 16, "bus message header is 16 bytes");
 
 typedef void* K7X_MSG_HANDLE;
 
-// A receiver bound to an object: the object, its member function (kept as the
-// raw bytes of a pointer to member function) and a thunk that calls it.
+/// A receiver bound to an object: the object, its member function (kept as the
+/// raw bytes of a pointer to member function) and a thunk that calls it.
 struct K7X_MSG_CALLBACK {
-    void* object;
-    unsigned char method[2 * sizeof(void*)];
+    void* object;                            ///< The object the member function is called on.
+    unsigned char method[2 * sizeof(void*)]; ///< The pointer to member function, as its raw bytes.
+    /// Calls `method` on `object` with the message and its length.
     void (*invoke)(const K7X_MSG_CALLBACK& self, const char* message, int length);
 };
 

@@ -55,11 +55,15 @@ public:
     /// Creates the bus client (`K7X_MSGCreateMessageClient(30, "127.0.0.1", 0)`) and, with a
     /// name, registers the watchdog and prints "MSG_MANAGE: pid = ..., dog_name = ..." on
     /// standard output.
-    /// @param dogName  null for no watchdog (logged at level 0 as "Watch Dog name is NULL"), else
-    ///                 32 readable bytes, copied as they are into WatchDogInfo::dogName
-    /// @param dogParam passed to the watchdog service with the name
+    ///
     /// When the bus client cannot be created (on a PC: no mdvr-busd answers) it logs "Create
     /// message handle failed" and ends the process with exit(1); it never returns half made.
+    /// @param dogName  null for no watchdog (logged at level 0 as "Watch Dog name is NULL"), else
+    ///                 32 readable bytes, copied as they are into WatchDogInfo::dogName
+    /// @param dogParam copied unchanged into WatchDogInfo::dogParam of the registration; the
+    ///                 library gives it no unit and no default of its own. The watchdog service
+    ///                 reads it: the development bus (mdvr-busd) as the timeout in milliseconds,
+    ///                 0 meaning 30000 ms (BusWire::kDogDefaultTimeoutMs). Unused without a name.
     CMsgClientManage(char const* dogName, unsigned int dogParam);
     /// Unregisters the watchdog (when one was registered) and destroys the bus client, which
     /// ends every subscription of this object.

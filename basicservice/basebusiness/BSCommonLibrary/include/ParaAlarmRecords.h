@@ -16,30 +16,27 @@
 
 /// "AR": recording.
 struct alarmLinkRecord_t {
-    unsigned int CH; ///< One 32-bit value, unlike the CH array of the linkage. Read from the key of the same name.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
+    unsigned int CH; ///< One 32-bit value, unlike the CH array of the linkage.
     unsigned short P;
     unsigned short D;
     unsigned char L;
     unsigned char ST;
-    /// @}
     unsigned char reserved0[2]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(alarmLinkRecord_t, 12);
 
 /// "SS": snapshot.
 struct alarmLinkSnapShot {
-    unsigned int EN; ///< Read from the key of the same name (see @ref reading).
+    unsigned int EN;
     unsigned char reserved0[4]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(alarmLinkSnapShot, 8);
 
 /// "PS": output.
 struct alarmLinkOutput_t {
-    unsigned char ID; ///< Read from the key of the same name (see @ref reading).
+    unsigned char ID;
     unsigned char reserved0[3]; ///< Reserved: no parser writes these bytes.
-    unsigned short T; ///< Read from the key of the same name (see @ref reading).
+    unsigned short T;
     unsigned char reserved1[2]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(alarmLinkOutput_t, 8);
@@ -50,8 +47,6 @@ struct alarmLinkProcess_t {
     alarmLinkRecord_t AR; ///< From the object AR, by ParseAlarmLinkRecord().
     alarmLinkSnapShot SS; ///< From the object SS, by ParseAlarmLinkSnapShot().
     alarmLinkOutput_t PS; ///< From the object PS, by ParseAlarmLinkOutput().
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char SU;
     unsigned char L;
     unsigned char DA;
@@ -63,7 +58,6 @@ struct alarmLinkProcess_t {
     unsigned char BZTY;
     unsigned char BZTI;
     unsigned char ENSP;
-    /// @}
     unsigned char reserved0[12]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(alarmLinkProcess_t, 68);
@@ -73,8 +67,8 @@ BSCOMMON_RECORD_SIZE(alarmLinkProcess_t, 68);
 
 /// One period of a weekly alarm schedule ("AP" -> "I"[day][period]).
 struct alarmPlanPeriod_t {
-    unsigned int S; ///< Start. Read from the key of the same name.
-    unsigned int E; ///< End. Read from the key of the same name.
+    unsigned int S; ///< Start.
+    unsigned int E; ///< End.
     unsigned char reserved0[8]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(alarmPlanPeriod_t, 16);
@@ -88,19 +82,13 @@ BSCOMMON_RECORD_SIZE(alarmPlan_t, 1792);
 
 /// One snapshot setting; snapshot sections hold 16 of them ("CSP").
 struct CommonSnapPara_t {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char E;
     unsigned char R;
     unsigned char Q;
-    /// @}
     unsigned char reserved0[3]; ///< Reserved: no parser writes these bytes.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned short N;
     unsigned int I;
     unsigned int U;
-    /// @}
     unsigned char reserved1[8]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(CommonSnapPara_t, 24);
@@ -110,8 +98,6 @@ BSCOMMON_RECORD_SIZE(CommonSnapPara_t, 24);
 
 /// Section "AREA" (parameter type 2, #PARA_AREA_ALARM), read by ParseAreaAlarmParamJson().
 struct tag_msgAreaAlarmSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned int MASK;
     unsigned short R;
     unsigned char LSTE;
@@ -120,15 +106,12 @@ struct tag_msgAreaAlarmSetting {
     unsigned char ODT;
     unsigned short LDAI;
     unsigned char LDAC;
-    /// @}
     unsigned char reserved0[3]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(tag_msgAreaAlarmSetting, 16);
 
 /// Section "SAP" (parameter type 6, #PARA_SPEED_ALARM), read by ParseSpeedAlarmParamJson().
 struct tag_MsgSpeedAlarmSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char AS;
     unsigned char SV;
@@ -139,20 +122,14 @@ struct tag_MsgSpeedAlarmSetting {
     unsigned char NSV;
     char SPN[32];
     char OD[16];
-    /// @}
     alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
     alarmPlan_t AP; ///< From the object AP, by ParseAlarmPlan().
     unsigned char reserved0[16]; ///< Reserved: no parser writes these bytes.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char NT;
     unsigned char WP;
     unsigned char WNT;
     unsigned char WDT;
-    /// @}
     unsigned char reserved1; ///< Reserved: no parser writes these bytes.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char SDT;
     unsigned short ANI;
     unsigned char ANC;
@@ -169,15 +146,12 @@ struct tag_MsgSpeedAlarmSetting {
     unsigned char SPR;
     unsigned char UI;
     unsigned char LSS;
-    /// @}
     unsigned char reserved2[3]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgSpeedAlarmSetting, 1960);
 
 /// Section "ARLM" (parameter type 7, #PARA_AREA_LIMIT), read by ParseAreaLimitParamJson().
 struct tag_msgAreaLimitSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     char RGVR[16];
     unsigned char ST;
     unsigned char FV;
@@ -189,30 +163,23 @@ struct tag_msgAreaLimitSetting {
     unsigned char HO;
     unsigned char MI;
     unsigned char SE;
-    /// @}
 };
 BSCOMMON_RECORD_SIZE(tag_msgAreaLimitSetting, 26);
 
 /// One alarm input of "IOP".
 struct IOAlarmInput_t {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char AS;
     unsigned char EL;
     unsigned char VT;
-    /// @}
-    char N[32]; ///< Input name. Read from the key of the same name.
-    char S[16]; ///< Read from the key of the same name (see @ref reading).
+    char N[32]; ///< Input name.
+    char S[16];
     alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
     alarmPlan_t AP; ///< From the object AP, by ParseAlarmPlan().
     unsigned char reserved0[16]; ///< Reserved: no parser writes these bytes.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char TM;
     unsigned char UT;
     unsigned char SDT;
-    /// @}
     unsigned char reserved1; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(IOAlarmInput_t, 1932);
@@ -227,23 +194,17 @@ BSCOMMON_RECORD_SIZE(tag_MsgIOAlarmSetting, 30920);
 
 /// Section "UAP" (parameter type 33, #PARA_URGENT_ALARM), read by ParseUrgentAlarmParamJson().
 struct tag_MsgUrgentAlarmSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char AS;
     unsigned char T;
     unsigned char VT;
-    /// @}
     unsigned char reserved0[4]; ///< Reserved: no parser writes these bytes.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     char UN[32];
     char UO[16];
-    /// @}
     alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
     alarmPlan_t AP; ///< From the object AP, by ParseAlarmPlan().
     unsigned char reserved1[16]; ///< Reserved: no parser writes these bytes.
-    unsigned char SDT; ///< Read from the key of the same name (see @ref reading).
+    unsigned char SDT;
     unsigned char reserved2[3]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgUrgentAlarmSetting, 1936);
@@ -254,100 +215,76 @@ BSCOMMON_RECORD_SIZE(tag_MsgUrgentAlarmSetting, 1936);
 
 /// One motion-detection setting of "PMD".
 struct MDAlarmEntry_t {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char S;
     unsigned char MAN;
-    /// @}
     unsigned char reserved0[2]; ///< Reserved: no parser writes these bytes.
     /// Region bitmap from the text of the key of the same name: 100 hexadecimal digits, two a
     /// byte (see ParseMDRegion()).
     unsigned char R[50];
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char KS;
     unsigned char SZ;
-    /// @}
 };
 BSCOMMON_RECORD_SIZE(MDAlarmEntry_t, 56);
 
 /// Section "PMDAS" (parameter type 30, #PARA_MD_ALARM), read by ParseMDAlarmParamJson().
 struct tag_MsgMDAlarmSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char NE;
     unsigned char AS;
     unsigned char VT;
     unsigned char DT;
-    /// @}
     unsigned char reserved0[4]; ///< Reserved: no parser writes these bytes.
-    char MN[32]; ///< Name. Read from the key of the same name.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
+    char MN[32]; ///< Name.
     char MO[16];
     unsigned int CH;
-    /// @}
     alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
     alarmPlan_t AP; ///< From the object AP, by ParseAlarmPlan().
     unsigned char reserved1[16]; ///< Reserved: no parser writes these bytes.
     MDAlarmEntry_t PMD[16]; ///< From the array PMD: the first 16 elements are read.
-    unsigned char SDT; ///< Read from the key of the same name (see @ref reading).
+    unsigned char SDT;
     unsigned char reserved2[3]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgMDAlarmSetting, 2836);
 
 /// One video-signal setting of "PVS".
 struct VSAlarmEntry_t {
-    unsigned char S; ///< Read from the key of the same name (see @ref reading).
+    unsigned char S;
     unsigned char reserved0[7]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(VSAlarmEntry_t, 8);
 
 /// Section "PVSAS" (parameter type 31, #PARA_VS_ALARM), read by ParseVSAlarmParamJson().
 struct tag_MsgVSAlarmSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char NE;
     unsigned char AS;
     unsigned char VT;
     unsigned char DT;
     unsigned char AT;
-    /// @}
     unsigned char reserved0[3]; ///< Reserved: no parser writes these bytes.
-    char VN[32]; ///< Name. Read from the key of the same name.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
+    char VN[32]; ///< Name.
     char VO[16];
     unsigned int CH;
-    /// @}
     alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
     alarmPlan_t AP; ///< From the object AP, by ParseAlarmPlan().
     unsigned char reserved1[16]; ///< Reserved: no parser writes these bytes.
     VSAlarmEntry_t PVS[16]; ///< From the array PVS: the first 16 elements are read.
-    unsigned char SDT; ///< Read from the key of the same name (see @ref reading).
+    unsigned char SDT;
     unsigned char reserved2[3]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgVSAlarmSetting, 2068);
 
 /// Section "PVLAS" (parameter type 32, #PARA_VL_ALARM), read by ParseVLAlarmParamJson().
 struct tag_MsgVLAlarmSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char NE;
     unsigned char AS;
     unsigned char VT;
-    /// @}
     unsigned char reserved0[5]; ///< Reserved: no parser writes these bytes.
-    char VN[32]; ///< Name. Read from the key of the same name.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
+    char VN[32]; ///< Name.
     char LO[16];
     unsigned int CH;
-    /// @}
     alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
     alarmPlan_t AP; ///< From the object AP, by ParseAlarmPlan().
     unsigned char reserved1[16]; ///< Reserved: no parser writes these bytes.
-    unsigned char SDT; ///< Read from the key of the same name (see @ref reading).
+    unsigned char SDT;
     unsigned char reserved2[3]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgVLAlarmSetting, 1940);
@@ -358,15 +295,10 @@ BSCOMMON_RECORD_SIZE(tag_MsgVLAlarmSetting, 1940);
 /// Section "FDAS" (parameter type 42, #PARA_FATIGUE_DRIVE_ALARM), read by
 /// ParseFatigueDriveAlarmParamJson().
 struct tag_MsgFatigueDriveAlarmSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char M;
     unsigned char SDT;
-    /// @}
     unsigned char reserved0; ///< Reserved: no parser writes these bytes.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned int TT;
     unsigned int RT;
     unsigned int DTT;
@@ -379,20 +311,16 @@ struct tag_MsgFatigueDriveAlarmSetting {
     unsigned char ART;
     unsigned short WI;
     unsigned short AI;
-    /// @}
 };
 BSCOMMON_RECORD_SIZE(tag_MsgFatigueDriveAlarmSetting, 36);
 
 /// Section "TPAS" (parameter type 43, #PARA_TIMEOUT_PARK_ALARM), read by
 /// ParseTimeoutParkAlarmParamJson().
 struct tag_MsgTimeoutParkAlarmSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char SDT;
-    /// @}
     unsigned char reserved0[2]; ///< Reserved: no parser writes these bytes.
-    unsigned int AT; ///< Read from the key of the same name (see @ref reading).
+    unsigned int AT;
 };
 BSCOMMON_RECORD_SIZE(tag_MsgTimeoutParkAlarmSetting, 8);
 

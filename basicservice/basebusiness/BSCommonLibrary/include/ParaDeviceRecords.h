@@ -11,32 +11,23 @@
 /// Time-adjustment sources. Section "ATP" (parameter type 0, #PARA_ADJUST_TIME), read by
 /// ParseAdjustTimeParamJson().
 struct tag_MsgAdjustTimeSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char GE;
     unsigned char NE;
     unsigned char CE;
     unsigned char SID;
     char NS[64];
     unsigned short NAI;
-    /// @}
 };
 BSCOMMON_RECORD_SIZE(tag_MsgAdjustTimeSetting, 70);
 
 /// Date and time display, time zone and daylight-saving rule. Section "TIMEP" (parameter type 1,
 /// #PARA_TIME_SETTING), read by ParseTimeSettingParamJson().
 struct tag_MsgTimeSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char DATEM;
     unsigned char TIMEM;
-    /// @}
     unsigned char reserved0[2]; ///< Reserved: no parser writes these bytes.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     char TIMEZ[16];
     unsigned int TIMEOFFSET;
-    /// @}
     unsigned char SW; ///< From DST.SW.
     unsigned char DSTM; ///< From DST.DSTM.
     unsigned char DSTS; ///< From DST.DSTS.
@@ -76,8 +67,6 @@ BSCOMMON_API int ParseTimeSettingParamJson(Json::Value const& doc, tag_MsgTimeSe
 /// General settings. Section "GS" (parameter type 3, #PARA_PBT_GENERAL), read by
 /// ParsePBTGeneralParamJson().
 struct tag_MsgPBTGeneralSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char CM;
     unsigned char AN;
     unsigned char LCDT;
@@ -95,7 +84,6 @@ struct tag_MsgPBTGeneralSetting {
     unsigned char CA;
     unsigned char LSS;
     unsigned char BCOM;
-    /// @}
     unsigned char reserved0[2]; ///< Reserved: no parser writes these bytes (tail padding to the 4-byte alignment).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgPBTGeneralSetting, 40);
@@ -103,8 +91,6 @@ BSCOMMON_RECORD_SIZE(tag_MsgPBTGeneralSetting, 40);
 /// Volumes, display and language choices. Section "GSP" (parameter type 4, #PARA_GENERAL), read by
 /// ParseGeneralParamJson().
 struct tag_MsgGeneralSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned int SSS;
     unsigned char VSA;
     unsigned char LANT;
@@ -129,15 +115,12 @@ struct tag_MsgGeneralSetting {
     unsigned short RCI;
     unsigned char FE;
     unsigned char MME;
-    /// @}
 };
 BSCOMMON_RECORD_SIZE(tag_MsgGeneralSetting, 28);
 
 /// Three night periods. The third period's flag FEN follows its times. Section "NIGHT" (parameter
 /// type 5, #PARA_NIGHT), read by ParseNightParamJson().
 struct tag_MsgNightSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char SH;
     unsigned char SM;
@@ -159,15 +142,12 @@ struct tag_MsgNightSetting {
     unsigned char FEM;
     unsigned char FES;
     unsigned char FEN;
-    /// @}
 };
 BSCOMMON_RECORD_SIZE(tag_MsgNightSetting, 21);
 
 /// Vehicle identity and settings. Section "VS" (parameter type 19, #PARA_VEHICLE), read by
 /// ParseVehicleParamJson().
 struct tag_MsgVehicleSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned int K;
     unsigned short SI;
     unsigned short XI;
@@ -182,7 +162,6 @@ struct tag_MsgVehicleSetting {
     unsigned char OS;
     unsigned char EMCP;
     unsigned char ESW;
-    /// @}
     unsigned char reserved0[3]; ///< Reserved: no parser writes these bytes (tail padding to the 4-byte alignment).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgVehicleSetting, 84);
@@ -190,8 +169,6 @@ BSCOMMON_RECORD_SIZE(tag_MsgVehicleSetting, 84);
 /// Product identity, production and install dates. Section "PS" (parameter type 20, #PARA_PRODUCT),
 /// read by ParseProductParamJson().
 struct tag_MsgProductSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned int SN;
     unsigned int E;
     unsigned short A;
@@ -210,9 +187,8 @@ struct tag_MsgProductSetting {
     char PT[32];
     char N[128];
     unsigned char BCN;
-    /// @}
     unsigned char reserved0[3]; ///< Reserved: no parser writes these bytes.
-    char VRN[12]; ///< Read from the key of the same name (see @ref reading).
+    char VRN[12];
     unsigned char reserved1[1]; ///< Reserved: no parser writes these bytes (tail padding to the 4-byte alignment).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgProductSetting, 244);
@@ -220,12 +196,9 @@ BSCOMMON_RECORD_SIZE(tag_MsgProductSetting, 244);
 /// Mileage total and twelve per-period values. Section "HMIP" (parameter type 24,
 /// #PARA_HISTORY_MILEAGE), read by ParseHistoryMileageParamJson().
 struct tag_msgHistoryMileSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned int MT;
     unsigned short HM[12];
     unsigned int TM;
-    /// @}
 };
 BSCOMMON_RECORD_SIZE(tag_msgHistoryMileSetting, 32);
 
@@ -235,8 +208,6 @@ struct tag_MsgKeySetting {
     /// From the text of the key of the same name, six hexadecimal groups such as
     /// "00:1A:2B:3C:4D:5E"; a group that is missing stores 0.
     unsigned char MAC[6];
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char FL;
     signed char IOS;
     unsigned char IRF;
@@ -244,47 +215,35 @@ struct tag_MsgKeySetting {
     unsigned char OPM;
     unsigned char GV;
     unsigned char PHM;
-    /// @}
 };
 BSCOMMON_RECORD_SIZE(tag_MsgKeySetting, 13);
 
 /// Voltage protection; LV and UV in hundredths of a volt. Section "VPP" (parameter type 36,
 /// #PARA_VOLTAGE_PROTECT), read by ParseVoltageProtectParamJson().
 struct tag_MsgVoltageProtectSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char SBM;
     unsigned char VPS;
-    /// @}
     unsigned short LV; ///< From the decimal text of the key of the same name, in hundredths of a volt ("11.50").
     unsigned short UV; ///< From the decimal text of the key of the same name, in hundredths of a volt.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char CE;
     unsigned char WLV;
     unsigned char WLE;
-    /// @}
     unsigned char reserved0[1]; ///< Reserved: no parser writes these bytes.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned short OT;
     unsigned short SDT;
-    /// @}
 };
 BSCOMMON_RECORD_SIZE(tag_MsgVoltageProtectSetting, 14);
 
 /// Hardware management bits. Section "HMP" (parameter type 44, #PARA_HARDWARE_MANAGE), read by
 /// ParseHardwareManageParamJson().
 struct tag_MsgHardwareManageSetting {
-    unsigned long long HIO; ///< Read from the key of the same name (see @ref reading).
+    unsigned long long HIO;
 };
 BSCOMMON_RECORD_SIZE(tag_MsgHardwareManageSetting, 8);
 
 /// Power-on and power-off times and delays. Section "SSP" (parameter type 46, #PARA_POWER_SWITCH),
 /// read by ParsePowerSwitchParamJson().
 struct tag_MsgSwitchSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char UPT;
     unsigned char UH;
     unsigned char UM;
@@ -300,9 +259,8 @@ struct tag_MsgSwitchSetting {
     unsigned short DAUT;
     unsigned char ENS;
     unsigned char EDL;
-    /// @}
     unsigned char reserved0[2]; ///< Reserved: no parser writes these bytes.
-    unsigned int SPO; ///< Read from the key of the same name (see @ref reading).
+    unsigned int SPO;
 };
 BSCOMMON_RECORD_SIZE(tag_MsgSwitchSetting, 28);
 

@@ -16,43 +16,34 @@
 
 /// One dial-up profile ("MP" or "M4G").
 typedef struct {
-    char APN[64]; ///< Access point name. Read from the key of the same name.
-    char UN[64]; ///< User name. Read from the key of the same name.
-    char PW[64]; ///< Password, plain text. Read from the key of the same name.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
+    char APN[64]; ///< Access point name.
+    char UN[64]; ///< User name.
+    char PW[64]; ///< Password, plain text.
     char AN[64];
     unsigned char PM;
     unsigned char AM;
     unsigned char NM;
     unsigned char WLS;
-    /// @}
-    unsigned char EN; ///< Enable. Read from the key of the same name.
+    unsigned char EN; ///< Enable.
     unsigned char reserved0[7]; ///< Reserved: no parser writes these bytes.
 } paramBoHaoParam_t;
 BSCOMMON_RECORD_SIZE(paramBoHaoParam_t, 268);
 
 /// Section "M3G" (parameter type 17, #PARA_3G), read by Parse3GParamJson().
 struct tag_Msg3GSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     char TN1[16];
     char TN2[16];
     char TN3[16];
     char CSN[16];
     char TSN[16];
     unsigned char AT;
-    /// @}
     unsigned char reserved0[111]; ///< Reserved: no parser writes these bytes.
     paramBoHaoParam_t MP; ///< From the object MP, by ParseBoHaoParamJson(). First modem.
     paramBoHaoParam_t M4G; ///< From the object M4G, by ParseBoHaoParamJson(). Second modem.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char G3MD;
     unsigned char G4MD;
     unsigned short AST;
     unsigned char ASE;
-    /// @}
     unsigned char reserved1; ///< Reserved: no parser writes these bytes (tail padding to the 2-byte alignment).
 };
 BSCOMMON_RECORD_SIZE(tag_Msg3GSetting, 734);
@@ -78,12 +69,9 @@ BSCOMMON_API int Parse3GParamJson(Json::Value const& doc, tag_Msg3GSetting& reco
 
 /// Section "ETHERNET" (parameter type 22, #PARA_ETHERNET), read by ParseEtherNetParamJson().
 struct tag_MsgEtherNetSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char IPMODE;
     unsigned char DNSMODE;
     unsigned char GM;
-    /// @}
     unsigned char reserved0[5]; ///< Reserved: no parser writes these bytes.
     unsigned char IPADDR[16]; ///< From PIP.IPADDR. "PIP".
     unsigned char SUBMASK[16]; ///< From PIP.SUBMASK. "PIP".
@@ -96,14 +84,9 @@ BSCOMMON_RECORD_SIZE(tag_MsgEtherNetSetting, 104);
 
 /// One remote device node (a network camera or similar) of "REDEV".
 struct RemoteDevNode_t {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     char LOCK;
-    /// @}
     unsigned char reserved0; ///< Reserved: no parser writes these bytes.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char RECHL;
     unsigned char ONLINE;
     unsigned char RETYPE;
@@ -112,20 +95,13 @@ struct RemoteDevNode_t {
     unsigned char CONTYPE;
     unsigned char SW;
     unsigned short REPORT;
-    /// @}
-    char REIP[32]; ///< Remote address. Read from the key of the same name.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
+    char REIP[32]; ///< Remote address.
     char ID[32];
     char RENAME[20];
-    /// @}
-    char UESR[20]; ///< User name, read from the key spelled "UESR". Read from the key of the same name.
-    char PWD[20]; ///< Password, plain text. Read from the key of the same name.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
+    char UESR[20]; ///< User name, read from the key spelled "UESR".
+    char PWD[20]; ///< Password, plain text.
     char URL[32];
     unsigned short CMDPORT;
-    /// @}
     unsigned char reserved1[30]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(RemoteDevNode_t, 200);
@@ -140,18 +116,12 @@ BSCOMMON_RECORD_SIZE(tag_MsgRemoteDevNodeSetting, 3208);
 
 /// One peripheral Ethernet port of "PENA".
 struct PeripEnetPort_t {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char FT;
     unsigned char ST;
     unsigned char IOB;
-    /// @}
     unsigned char reserved0; ///< Reserved: no parser writes these bytes.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char IP[16];
     unsigned short PORT;
-    /// @}
     unsigned char reserved1[30]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(PeripEnetPort_t, 52);
@@ -186,18 +156,18 @@ BSCOMMON_API int ParsePeripEtherNetParamJson(Json::Value const& doc, tag_msgPeri
 
 /// One sub-channel of a serial port ("SES").
 struct SerialSubChannel_t {
-    unsigned char FT; ///< Read from the key of the same name (see @ref reading).
-    unsigned char BR; ///< Baud-rate code. Read from the key of the same name.
-    unsigned char ST; ///< Read from the key of the same name (see @ref reading).
+    unsigned char FT;
+    unsigned char BR; ///< Baud-rate code.
+    unsigned char ST;
     unsigned char reserved0[5]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(SerialSubChannel_t, 8);
 
 /// One serial port of "SP".
 struct SerialPort_t {
-    unsigned char FT; ///< Read from the key of the same name (see @ref reading).
-    unsigned char BR; ///< Baud-rate code. Read from the key of the same name.
-    unsigned char ST; ///< Read from the key of the same name (see @ref reading).
+    unsigned char FT;
+    unsigned char BR; ///< Baud-rate code.
+    unsigned char ST;
     unsigned char reserved0[5]; ///< Reserved: no parser writes these bytes.
     SerialSubChannel_t SES[8]; ///< From the array SES: the first 8 elements are read.
 };
@@ -206,24 +176,18 @@ BSCOMMON_RECORD_SIZE(SerialPort_t, 72);
 /// Section "PSS" (parameter type 47, #PARA_SERIAL), read by ParseSerialParamJson().
 struct tag_MsgSerialSetting {
     SerialPort_t SP[12]; ///< From the array SP: the first 12 elements are read.
-    unsigned char PFMM; ///< Read from the key of the same name (see @ref reading).
+    unsigned char PFMM;
 };
 BSCOMMON_RECORD_SIZE(tag_MsgSerialSetting, 865);
 
 /// One CAN channel of "CA". Unlike a serial port, ST comes before BR.
 struct CanChannel_t {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char FT;
     unsigned char ST;
-    /// @}
-    unsigned char BR; ///< Baud-rate code. Read from the key of the same name.
+    unsigned char BR; ///< Baud-rate code.
     unsigned char reserved0; ///< Reserved: no parser writes these bytes.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned int CI;
     unsigned short UI;
-    /// @}
     unsigned char reserved1[10]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(CanChannel_t, 20);
@@ -231,7 +195,7 @@ BSCOMMON_RECORD_SIZE(CanChannel_t, 20);
 /// Section "CAN" (parameter type 48, #PARA_CAN), read by ParseCanParamJson().
 struct tag_msgCanSetting {
     CanChannel_t CA[4]; ///< From the array CA: the first 4 elements are read.
-    unsigned long long CD[4]; ///< Read from the key of the same name (see @ref reading).
+    unsigned long long CD[4];
 };
 BSCOMMON_RECORD_SIZE(tag_msgCanSetting, 112);
 

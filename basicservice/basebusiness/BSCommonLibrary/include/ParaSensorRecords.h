@@ -15,8 +15,6 @@
 
 /// The first driving-behaviour threshold object, read by ParseGDSAlarmThresh1().
 struct paramAlarmThresh1_t {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     short SUXAL;
     short SUXAM;
     short SUXAH;
@@ -43,24 +41,18 @@ struct paramAlarmThresh1_t {
     short ITH;
     short PLGT;
     short PLGR;
-    /// @}
 };
 BSCOMMON_RECORD_SIZE(paramAlarmThresh1_t, 52);
 
 /// The second driving-behaviour threshold object, read by ParseGDSAlarmThresh2().
 struct paramAlarmThresh2_t {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     short EFT;
     short EFS;
     short EFR;
     short NGT;
     short NGS;
     short NGR;
-    /// @}
-    short CTHR; ///< The CTH and CTL triples lie R, S, T in memory. Read from the key of the same name.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
+    short CTHR; ///< The CTH and CTL triples lie R, S, T in memory.
     short CTHS;
     short CTHT;
     short CTLR;
@@ -152,7 +144,6 @@ struct paramAlarmThresh2_t {
     char ITL2;
     char ITL3;
     char ITL4;
-    /// @}
     unsigned char reserved0[1]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(paramAlarmThresh2_t, 150);
@@ -198,18 +189,12 @@ struct tag_MsgGreenDriverSet {
     float FC; ///< From PGS.FC.
     unsigned char WM; ///< From PGS.WM.
     unsigned char reserved6[11]; ///< Reserved: no parser writes these bytes.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned int ATE;
     unsigned short SUI;
-    /// @}
     paramAlarmThresh1_t ATH1; ///< From the object ATH1, by ParseGDSAlarmThresh1().
     unsigned char reserved7[2]; ///< Reserved: no parser writes these bytes.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned int FUI;
     unsigned char FUE;
-    /// @}
     unsigned char reserved8[3]; ///< Reserved: no parser writes these bytes.
     paramAlarmThresh2_t ATH2; ///< From the object ATH2, by ParseGDSAlarmThresh2().
     unsigned char reserved9[2]; ///< Reserved: no parser writes these bytes (tail, never written).
@@ -221,18 +206,12 @@ BSCOMMON_RECORD_SIZE(tag_MsgGreenDriverSet, 432);
 
 /// Section "ACC" (parameter type 29, #PARA_ACCEL_ALARM), read by ParseAccelAlarmParamJson().
 struct tag_msgAccelAlarmSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char AS;
     unsigned char VT;
-    /// @}
     unsigned char reserved0[5]; ///< Reserved: no parser writes these bytes.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     char AN[32];
     char AO[16];
-    /// @}
     alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
     unsigned short TX; ///< From the decimal text ACP.TX, in tenths ("6553.5" stores 65535).
     unsigned short TY; ///< From the decimal text ACP.TY, in tenths.
@@ -242,77 +221,56 @@ struct tag_msgAccelAlarmSetting {
     unsigned short SZ; ///< From ACP.SZ.
     unsigned char ADJACC; ///< From ACP.ADJACC.
     unsigned char reserved1[11]; ///< Reserved: no parser writes these bytes.
-    unsigned char SDT; ///< Read from the key of the same name (see @ref reading).
+    unsigned char SDT;
     unsigned char reserved2[3]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(tag_msgAccelAlarmSetting, 152);
 
 /// Section "PCAS" (parameter type 37, #PARA_COLLIDE_ALARM), read by ParseCollideAlarmParamJson().
 struct tag_MsgCollideAlarmSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char AS;
     unsigned char VT;
     unsigned char SDT;
-    /// @}
     unsigned char reserved0[4]; ///< Reserved: no parser writes these bytes.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     char CN[32];
     char CO[16];
-    /// @}
     alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char STS;
     unsigned char TTS;
-    /// @}
     unsigned char reserved1[2]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgCollideAlarmSetting, 128);
 
 /// Section "PHAS" (parameter type 38, #PARA_HIT_ALARM), read by ParseHitAlarmParamJson().
 struct tag_MsgHitAlarmSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char AS;
     unsigned char VT;
     unsigned char SDT;
-    /// @}
     unsigned char reserved0[4]; ///< Reserved: no parser writes these bytes.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     char HN[32];
     char HO[16];
-    /// @}
     alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
-    unsigned short HA; ///< Read from the key of the same name (see @ref reading).
+    unsigned short HA;
     unsigned char reserved1[2]; ///< Reserved: no parser writes these bytes (tail, never written).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgHitAlarmSetting, 128);
 
 /// One element of "PVTSAS".
 struct VehicleStanceAlarm_t {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char NE;
     unsigned char AS;
     unsigned char VT;
-    /// @}
     unsigned char reserved0[1]; ///< Reserved: no parser writes these bytes.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char STEN;
     unsigned char TS;
     unsigned char IOTEN;
     unsigned char TIO;
     char AN[32];
     char AO[16];
-    /// @}
     alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
-    unsigned char SDT; ///< Read from the key of the same name (see @ref reading).
+    unsigned char SDT;
     unsigned char reserved1[3]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(VehicleStanceAlarm_t, 128);
@@ -330,32 +288,26 @@ BSCOMMON_RECORD_SIZE(tag_MsgVehicleStanceAlarm, 1544);
 
 /// One element of "TSP".
 struct WTPMSTsp_t {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char RI[3];
     unsigned char HT;
     unsigned short LP;
     unsigned short HP;
-    /// @}
 };
 BSCOMMON_RECORD_SIZE(WTPMSTsp_t, 8);
 
 /// One element of "TRP".
 struct WTPMSTrp_t {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char RI[3];
     unsigned char RP;
     unsigned char EN;
-    /// @}
     unsigned char reserved0[3]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(WTPMSTrp_t, 8);
 
 /// One element of "TTR".
 struct WTPMSTtr_t {
-    char N[15]; ///< Fixed width, not necessarily terminated. Read from the key of the same name.
-    unsigned char P; ///< Read from the key of the same name (see @ref reading).
+    char N[15]; ///< Fixed width, not necessarily terminated.
+    unsigned char P;
 };
 BSCOMMON_RECORD_SIZE(WTPMSTtr_t, 16);
 
@@ -370,13 +322,10 @@ struct tag_msgWTPMSProperty {
     unsigned char reserved0[3]; ///< Reserved: no parser writes these bytes.
     WTPMSTrp_t TRP[3]; ///< From the array TRP: the first 3 elements are read.
     WTPMSTtr_t TTR[36]; ///< From the array TTR: the first 36 elements are read.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char TVC;
     unsigned char UN;
     unsigned char IBL;
     unsigned char SL;
-    /// @}
 };
 BSCOMMON_RECORD_SIZE(tag_msgWTPMSProperty, 900);
 
@@ -386,22 +335,17 @@ BSCOMMON_RECORD_SIZE(tag_msgWTPMSProperty, 900);
 /// Two triples, T and V. Section "VTFS" (parameter type 26, #PARA_VT_FAULT), read by
 /// ParseVTFaultParamJson().
 struct tag_msgVTFaultInfoSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     short TP;
     short TV;
     unsigned int TAT;
     short VP;
     short VV;
     unsigned int VAT;
-    /// @}
 };
 BSCOMMON_RECORD_SIZE(tag_msgVTFaultInfoSetting, 16);
 
 /// One element of "STMPA".
 struct StdTempAlarm_t {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char AS;
     unsigned char VT;
@@ -409,14 +353,10 @@ struct StdTempAlarm_t {
     unsigned int UIT;
     char SNM[32];
     char SOD[16];
-    /// @}
     alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char HTTD;
     unsigned char IWT;
     unsigned char IWD;
-    /// @}
     unsigned char reserved0[29]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(StdTempAlarm_t, 156);
@@ -431,8 +371,6 @@ BSCOMMON_RECORD_SIZE(tag_msgStdTempAlarmSetting, 780);
 /// No alarm linkage. Section "FAS" (parameter type 45, #PARA_FUEL_ALARM), read by
 /// ParseFuelAlarmParamJson().
 struct tag_msgFuelAlarmSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char AS;
     unsigned short TS;
@@ -445,21 +383,17 @@ struct tag_msgFuelAlarmSetting {
     unsigned short EH;
     unsigned short CF;
     unsigned char SDT;
-    /// @}
     unsigned char reserved0[1]; ///< Reserved: no parser writes these bytes.
-    unsigned int BA; ///< Read from the key of the same name (see @ref reading).
+    unsigned int BA;
 };
 BSCOMMON_RECORD_SIZE(tag_msgFuelAlarmSetting, 68);
 
 /// One element of "DSM" "DSMA".
 struct StdDSMAlarm_t {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char AS;
-    /// @}
     unsigned char reserved0[4]; ///< Reserved: no parser writes these bytes.
-    unsigned char SDT; ///< Read from the key of the same name (see @ref reading).
+    unsigned char SDT;
     unsigned char reserved1[5]; ///< Reserved: no parser writes these bytes.
     alarmLinkProcess_t APR; ///< From the object APR, by ParseAlarmLinkProcess().
 };
@@ -467,7 +401,7 @@ BSCOMMON_RECORD_SIZE(StdDSMAlarm_t, 80);
 
 /// Section "DSM" (parameter type 51, #PARA_STD_DSM_ALARM), read by ParseStdDsmAlarmParamJson().
 struct tag_msgStdDSMAlarmSetting {
-    unsigned char SST; ///< Read from the key of the same name (see @ref reading).
+    unsigned char SST;
     unsigned char reserved0[3]; ///< Reserved: no parser writes these bytes.
     StdDSMAlarm_t DSMA[12]; ///< From the array DSMA: the first 12 elements are read.
 };

@@ -13,27 +13,19 @@
 /// type 8, #PARA_FTP), read by ParseFtpParamJson(). Section "FTPEX" (parameter type 9,
 /// #PARA_FTP_EXTRA), read by ParseFtpExtralParamJson().
 struct paramFtpSetting_t {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned short PORT;
     unsigned char EN;
-    /// @}
     unsigned char reserved0[5]; ///< Reserved: no parser writes these bytes.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     char SERVERIP[64];
     char LOGINUSER[64];
-    /// @}
-    char LOGINPWD[32]; ///< Plain text. Read from the key of the same name.
-    char SUBFOLDER[32]; ///< Read from the key of the same name (see @ref reading).
+    char LOGINPWD[32]; ///< Plain text.
+    char SUBFOLDER[32];
 };
 BSCOMMON_RECORD_SIZE(paramFtpSetting_t, 200);
 
 /// Maintenance FTP paths and two time windows (start/end pairs). Section "MNTFTP" (parameter type
 /// 28, #PARA_MAINT_FTP), read by ParseMaintFtpParamJson().
 struct tag_msgMaintFtpSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     char FPT[128];
     char FBD[128];
     char FRV[128];
@@ -42,7 +34,6 @@ struct tag_msgMaintFtpSetting {
     unsigned int RDST;
     unsigned int RDET;
     unsigned char DELV;
-    /// @}
     unsigned char reserved0[3]; ///< Reserved: no parser writes these bytes (tail padding to the 4-byte alignment).
 };
 BSCOMMON_RECORD_SIZE(tag_msgMaintFtpSetting, 404);
@@ -70,8 +61,6 @@ BSCOMMON_API int ParseMaintFtpParamJson(Json::Value const& doc, tag_msgMaintFtpS
 /// texts, PN starts at the odd offset 177 and COC has no room for a terminator. Section "RIP"
 /// (parameter type 13, #PARA_REGISTER), read by ParseRegisterParamJson().
 struct tag_MsgRegisterSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     char DEVID[32];
     char BN[16];
     char BID[32];
@@ -88,15 +77,12 @@ struct tag_MsgRegisterSetting {
     char RWC[4];
     unsigned short SCH;
     unsigned char DEVP;
-    /// @}
     unsigned char reserved0[1]; ///< Reserved: no parser writes these bytes (tail padding to the 2-byte alignment).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgRegisterSetting, 208);
 
 /// One centre server ("MCMS" -> "SP"[i]).
 struct tag_MsgCmsServer {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char NWT;
     unsigned char CP;
@@ -107,14 +93,13 @@ struct tag_MsgCmsServer {
     unsigned short MPORT;
     unsigned short CUPORT;
     unsigned short MUPORT;
-    /// @}
     unsigned char reserved0[16]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgCmsServer, 124);
 
 /// The centre servers. Section "MCMS" (parameter type 18, #PARA_CMS), read by ParseCmsParamJson().
 struct tag_MsgCmsSetting {
-    unsigned int M; ///< Read from the key of the same name (see @ref reading).
+    unsigned int M;
     tag_MsgCmsServer SP[6]; ///< From the array SP: the first 6 elements are read.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgCmsSetting, 748);
@@ -135,14 +120,11 @@ BSCOMMON_API int ParseCmsParamJson(Json::Value const& doc, tag_MsgCmsSetting& re
 /// One platform ("PSI" -> "P1"[i]); the groups "CS", "GPS", "NCS" and "ICS" are flattened into
 /// fields named group_key.
 struct tag_MsgPlatformEntry {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned int E;
     unsigned int CC;
     char TID[32];
     char AC[128];
     char N[128];
-    /// @}
     char CS_MP[32]; ///< From CS.MP.
     char CS_SP[32]; ///< From CS.SP.
     char CS_DP[32]; ///< From CS.DP.

@@ -12,8 +12,6 @@
 
 /// Main-stream encoding of one video channel ("MAIN"[i]).
 struct tag_MsgVideoEncodeChannel {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned int BR;
     unsigned char VEN;
     unsigned char FT;
@@ -30,7 +28,6 @@ struct tag_MsgVideoEncodeChannel {
     unsigned char AST;
     unsigned char EPV;
     unsigned char ECT;
-    /// @}
     unsigned char reserved0[4]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgVideoEncodeChannel, 24);
@@ -46,23 +43,17 @@ BSCOMMON_RECORD_SIZE(tag_MsgVideoEncodeSetting, 392);
 /// Assist (secondary) recording; "VEC" holds one main-stream style encoding entry per channel.
 /// Section "AR" (parameter type 11, #PARA_ASSIST_RECORD), read by ParseAssistRecordParamJson().
 struct tag_MsgAssistRecordSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char HID;
     unsigned char RM;
     unsigned char CM;
     unsigned int MC;
     unsigned int MAC;
-    /// @}
     tag_MsgVideoEncodeChannel VEC[16]; ///< From the array VEC: the first 16 elements are read.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned int SSC;
     unsigned int DC;
     unsigned int HDAE;
     unsigned char ALH;
-    /// @}
     unsigned char reserved0[3]; ///< Reserved: no parser writes these bytes (tail padding to the 4-byte alignment).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgAssistRecordSetting, 412);
@@ -70,8 +61,6 @@ BSCOMMON_RECORD_SIZE(tag_MsgAssistRecordSetting, 412);
 /// Network (sub-stream) encoding of one channel ("NEC"[i]). Shorter than the main-stream entry, and
 /// RST, AEN, BRM and ECT sit elsewhere.
 struct tag_MsgNetEncodeChannel {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned int BR;
     unsigned char VEN;
     unsigned char FT;
@@ -82,7 +71,6 @@ struct tag_MsgNetEncodeChannel {
     unsigned char BRM;
     unsigned char ECT;
     unsigned short KFI;
-    /// @}
     unsigned char reserved0[6]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgNetEncodeChannel, 20);
@@ -90,13 +78,10 @@ BSCOMMON_RECORD_SIZE(tag_MsgNetEncodeChannel, 20);
 /// Network transfer, a total bandwidth and 16 channels. Section "SUBSTRNET" (parameter type 12,
 /// #PARA_NET_TRANSFER), read by ParseNetTransferParamJson().
 struct tag_MsgNetTransferSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned int TOTALBW;
     unsigned char SM;
     unsigned char SAE;
     unsigned char RLE;
-    /// @}
     unsigned char reserved0[9]; ///< Reserved: no parser writes these bytes.
     tag_MsgNetEncodeChannel NEC[16]; ///< From the array NEC: the first 16 elements are read.
 };
@@ -104,8 +89,6 @@ BSCOMMON_RECORD_SIZE(tag_MsgNetTransferSetting, 336);
 
 /// One free text overlay of an encoded channel ("COSD"[k]).
 struct tag_MsgEncodeOsdItem {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char EN;
     unsigned char ID;
     unsigned short X;
@@ -114,7 +97,6 @@ struct tag_MsgEncodeOsdItem {
     unsigned char L;
     char T[32];
     unsigned char TP;
-    /// @}
     unsigned char reserved0[7]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgEncodeOsdItem, 48);
@@ -122,8 +104,6 @@ BSCOMMON_RECORD_SIZE(tag_MsgEncodeOsdItem, 48);
 /// Overlays burnt into one channel's encoded video ("EOSD"[i]): each fixed item has an enable flag
 /// (xE) and a position (xX, xY).
 struct tag_MsgEncodeOsdChannel {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char TE;
     unsigned char SE;
     unsigned char GE;
@@ -136,10 +116,7 @@ struct tag_MsgEncodeOsdChannel {
     unsigned short GY;
     unsigned short VX;
     unsigned short VY;
-    /// @}
     tag_MsgEncodeOsdItem COSD[4]; ///< From the array COSD: the first 4 elements are read.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char NE;
     unsigned char DE;
     unsigned short NX;
@@ -148,7 +125,6 @@ struct tag_MsgEncodeOsdChannel {
     unsigned short DY;
     unsigned char DTE;
     unsigned char WME;
-    /// @}
     unsigned char reserved0[8]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgEncodeOsdChannel, 232);
@@ -163,19 +139,14 @@ BSCOMMON_RECORD_SIZE(tag_MsgEncodeOsdSetting, 3720);
 
 /// A position on the display ("OP"[m]).
 struct tag_MsgViewOsdPosition {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned short X;
     unsigned short Y;
-    /// @}
 };
 BSCOMMON_RECORD_SIZE(tag_MsgViewOsdPosition, 4);
 
 /// Display overlays. The flags run TE, SE, VE, GE here, unlike the encoded overlays' TE, SE, GE,
 /// VE. Section "DOSD" (parameter type 50, #PARA_VIEW_OSD), read by ParseViewOsdParamJson().
 struct tag_MsgViewOsdSetting {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char TE;
     unsigned char SE;
     unsigned char VE;
@@ -183,28 +154,21 @@ struct tag_MsgViewOsdSetting {
     unsigned char AE;
     unsigned char NE;
     unsigned char DE;
-    /// @}
-    char CHN[32][16]; ///< Channel names. Read from the key of the same name.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
+    char CHN[32][16]; ///< Channel names.
     unsigned char ACCE;
     unsigned char SOEM;
     unsigned char COE1;
     unsigned char COE2;
     unsigned char REN;
-    /// @}
     tag_MsgViewOsdPosition OP[12]; ///< From the array OP: the first 12 elements are read.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgViewOsdSetting, 572);
 
 /// One recording period of a day ("RSI"[d][p]).
 struct tag_MsgRecordPeriod {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned int S;
     unsigned int E;
     unsigned char T;
-    /// @}
     unsigned char reserved0[7]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgRecordPeriod, 16);
@@ -212,21 +176,18 @@ BSCOMMON_RECORD_SIZE(tag_MsgRecordPeriod, 16);
 /// Recording of one channel ("RCP"[i]): a weekly table of 7 days x 16 periods.
 struct tag_MsgRecordChannel {
     tag_MsgRecordPeriod RSI[7][16]; ///< From the array RSI: the first 7 x 16 elements are read.
-    unsigned char RM; ///< Read from the key of the same name (see @ref reading).
+    unsigned char RM;
     unsigned char reserved0[1]; ///< Reserved: no parser writes these bytes.
-    unsigned short RP; ///< Read from the key of the same name (see @ref reading).
+    unsigned short RP;
     unsigned char reserved1[8]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgRecordChannel, 1804);
 
 /// One entry of the "MP" list.
 struct tag_MsgRecordMPEntry {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char OLD;
     unsigned char OT;
     unsigned char OVD;
-    /// @}
     unsigned char reserved0[5]; ///< Reserved: no parser writes these bytes.
 };
 BSCOMMON_RECORD_SIZE(tag_MsgRecordMPEntry, 8);
@@ -236,17 +197,11 @@ BSCOMMON_RECORD_SIZE(tag_MsgRecordMPEntry, 8);
 struct tag_MsgRecordSetting {
     tag_MsgRecordChannel RCP[16]; ///< From the array RCP: the first 16 elements are read.
     tag_MsgRecordMPEntry MP[4]; ///< From the array MP: the first 4 elements are read.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned int PRS;
     unsigned char PRE;
-    /// @}
     unsigned char reserved0[1]; ///< Reserved: no parser writes these bytes.
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned short AUPRT;
     unsigned short AUPOT;
-    /// @}
     unsigned char reserved1[2]; ///< Reserved: no parser writes these bytes (tail padding to the 4-byte alignment).
 };
 BSCOMMON_RECORD_SIZE(tag_MsgRecordSetting, 28908);
@@ -254,17 +209,14 @@ BSCOMMON_RECORD_SIZE(tag_MsgRecordSetting, 28908);
 /// One timed snapshot period ("TSP"[k]): start and end time of day, interval and the snapshot set
 /// of each channel.
 struct paramSnapTimedPeriod_t {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char SH;
     unsigned char SM;
     unsigned char SS;
     unsigned char EH;
     unsigned char EM;
     unsigned char ES;
-    /// @}
     unsigned char reserved0[2]; ///< Reserved: no parser writes these bytes.
-    unsigned short I; ///< Read from the key of the same name (see @ref reading).
+    unsigned short I;
     unsigned char reserved1[6]; ///< Reserved: no parser writes these bytes.
     CommonSnapPara_t CSP[16]; ///< From the array CSP: the first 16 elements are read, by ParseCommonSnapPara().
 };
@@ -273,11 +225,8 @@ BSCOMMON_RECORD_SIZE(paramSnapTimedPeriod_t, 400);
 /// Manual ("MSP"), timed ("TSP") and interval ("ASP") snapshots. Section "PSNAP" (parameter type
 /// 34, #PARA_SNAP), read by ParseSnapParamJson().
 struct paramSnapSetting_t {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned char NE;
     unsigned char ITN;
-    /// @}
     unsigned char reserved0[30]; ///< Reserved: no parser writes these bytes.
     CommonSnapPara_t MSP_CSP[16]; ///< From the array MSP.CSP: the first 16 elements are read, by ParseCommonSnapPara().
     paramSnapTimedPeriod_t TSP[8]; ///< From the array TSP: the first 8 elements are read.
@@ -291,11 +240,8 @@ BSCOMMON_RECORD_SIZE(paramSnapSetting_t, 4004);
 /// Distance-triggered snapshots. Section "DSP" (parameter type 35, #PARA_DISTANCE_SNAP), read by
 /// ParseDistanceSnapParamJson().
 struct paramDistanceSnapSetting_t {
-    /// @{
-    /// Read from the key of the same name (see @ref reading).
     unsigned int SD;
     unsigned char SU;
-    /// @}
     unsigned char reserved0[31]; ///< Reserved: no parser writes these bytes.
     CommonSnapPara_t CSP[16]; ///< From the array CSP: the first 16 elements are read, by ParseCommonSnapPara().
 };
