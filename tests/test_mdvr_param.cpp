@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <limits>
 #include <random>
+#include <regex>
 
 using paratest::DocText;
 using paratest::ExampleFile;
@@ -39,6 +40,30 @@ Outcome Tool(const std::string& args, const std::string& input = "")
 }
 
 bool Has(const std::string& text, const std::string& piece) { return text.find(piece) != std::string::npos; }
+
+// A file of `size` zero bytes that takes no room on the disk.
+std::string Sparse(unsigned long long size)
+{
+    const std::string name = testing::TempDir() + "mdvr_param_sparse_" + std::to_string(size);
+    std::FILE* f = std::fopen(name.c_str(), "wb");
+    if (!f || ftruncate(fileno(f), off_t(size)) != 0)
+        ADD_FAILURE() << "cannot make " << name;
+    if (f)
+        std::fclose(f);
+    return name;
+}
+
+// mdvr-param with `args` reading `bytes` zero bytes from a pipe; what it said
+// on standard error and its status.
+std::pair<std::string, int> FromPipe(const std::string& args, unsigned long long bytes)
+{
+    const std::string err = testing::TempDir() + "mdvr_param_pipe_" + std::to_string(getpid());
+    const int raw = std::system(("head -c " + std::to_string(bytes) + " /dev/zero | " + MDVR_PARAM_COMMAND + " " + args +
+                                 " >/dev/null 2>" + err).c_str());
+    const std::string said = Slurp(err);
+    std::remove(err.c_str());
+    return {said, WIFEXITED(raw) ? WEXITSTATUS(raw) : -1};
+}
 
 const char kSmall[] = R"({"PARAMETER":{"MDVR":{
     "ATP":{"GE":1,"NS":"0123456789012345678901234567890123456789012345678901234567890123","NAI":3600},
@@ -89,16 +114,32 @@ TEST(MdvrParam, CommandsPrintFieldsWithOffsetTypeAndValue)
     }
     EXPECT_EQ(Tool("layout 0").out, Tool("layout ATP").out); // the whole layout: the golden file
 
-    const std::string twelve = R"({"PARAMETER":{"MDVR":{"HMIP":{"HM":[0,1,2,3,4,5,6,7,8,9,10,11]}}}})";
-    const Json::Value shown = paratest::Json(Tool("show --format json -", kSmall).out);
-    const Json::Value hm = paratest::Json(Tool("show --format json -", twelve).out)["HMIP"]["HM"];
-    EXPECT_EQ(shown["ATP"]["NAI"].asUInt(), 3600u);
-    EXPECT_EQ(shown["TIMEP"]["TIMEOFFSET"].asUInt(), 4294966816u);
-    EXPECT_EQ(shown["TIMEP"]["TIMEZ"].asString(), "GMT+08");
-    EXPECT_FALSE(shown["TIMEP"].isMember("reserved0"));
-    ASSERT_EQ(hm.size(), 12u) << hm;
-    for (Json::ArrayIndex i = 0; i < 12; ++i)
-        EXPECT_EQ(hm[i].asUInt(), i) << hm;
+    // JSON: each section's parser result and its fields under the names the
+    // text gives them, in offset order (a JSON object of JsonCpp's would sort them).
+    const std::string twelve = R"({"PARAMETER":{"MDVR":{"HMIP":{"HM":[0,1,2,3,4,5,6,7,8,9,10,11]},"SAP":{}}}})";
+    const std::string text = Tool("show --format json -", kSmall).out;
+    const Json::Value shown = paratest::Json(text);
+    EXPECT_EQ(shown["ATP"]["fields"]["NAI"].asUInt(), 3600u);
+    EXPECT_EQ(shown["ATP"]["result"].asInt(), 0);
+    EXPECT_EQ(shown["TIMEP"]["fields"]["TIMEOFFSET"].asUInt(), 4294966816u);
+    EXPECT_EQ(shown["TIMEP"]["fields"]["TIMEZ"].asString(), "GMT+08");
+    EXPECT_FALSE(shown["TIMEP"]["fields"].isMember("reserved0"));
+    EXPECT_LT(text.find("\"TIMEZ\""), text.find("\"TIMEOFFSET\"")); // 4 before 20: not alphabetical
+    EXPECT_LT(text.find("\"TIMEOFFSET\""), text.find("\"SWEEK_SWIND\""));
+    const Json::Value hm = paratest::Json(Tool("show --format json -", twelve).out);
+    EXPECT_EQ(hm["SAP"]["result"].asInt(), -1);
+    for (unsigned i = 0; i < 12; ++i)
+        EXPECT_EQ(hm["HMIP"]["fields"]["HM[" + std::to_string(i) + "]"].asUInt(), i) << hm;
+
+    // The layout collapses each array to one line with its bounds and stride,
+    // and lists the fields of an array of records once; --expand lists every
+    // element (the golden file is that).
+    const std::string rp = Tool("layout RP").out, expanded = Tool("layout --expand RP").out;
+    EXPECT_EQ(std::count(rp.begin(), rp.end(), '\n'), 24) << rp;
+    EXPECT_EQ(std::count(expanded.begin(), expanded.end(), '\n'), 7257);
+    EXPECT_TRUE(Has(rp, "  tag_MsgRecordChannel RCP[16];                     /*      0 28864 */  RCP  (stride 1804)\n")) << rp;
+    EXPECT_TRUE(Has(rp, "  u32       RCP[i].RSI[j][k].E;          /*      4     4 */  RCP[i].RSI[j][k].E\n")) << rp;
+    EXPECT_TRUE(Has(Tool("layout GS").out, "  u8        SET[6];                      /*     29     6 */  SET  (stride 1)\n"));
 }
 
 TEST(MdvrParam, CheckReportsEachKindOfLoss)
@@ -188,6 +229,25 @@ TEST(MdvrParam, ErrorsAreOneLineWithStatusTwo)
         {"decode --type '' -", "", "mdvr-param: --type: an empty name: give a type number or a section key\n"},
         {"schema ''", "", "mdvr-param: an empty name: give a type number, a section key or all\n"},
         {"diff - -", kSmall, "mdvr-param: standard input is read only once: name at most one file -\n"},
+        // A document with no section to show.
+        {"show -", "{}", "mdvr-param: -: no \"MDVR\" object: no section is read\n"},
+        {"show -", R"({"PARAMETER":"x"})", "mdvr-param: -: no \"MDVR\" object: no section is read\n"},
+        {"show -", R"({"PARAMETER":{"MDVR":[]}})", "mdvr-param: -: no \"MDVR\" object: no section is read\n"},
+        {"show -", R"({"PARAMETER":{"MDVR":{"XX":{}}}})", "mdvr-param: -: no section that a parser of this library reads\n"},
+        // Names that were meant to be others, options that are none.
+        {"layout timep", "", "mdvr-param: unknown parameter type or section: timep (did you mean TIMEP?)\n"},
+        {"show --section TIMEPP -", kSmall, "mdvr-param: unknown parameter type or section: TIMEPP (did you mean TIMEP?)\n"},
+        {"--frob", "", "mdvr-param: The following argument was not expected: --frob\n"},
+        {"", "", "mdvr-param: a command is required: show, layout, check, types, schema, encode, decode, diff\n"},
+        {"show --format= -", kSmall, "mdvr-param: option --format= has an empty value\n"},
+        {"show --format xml -", kSmall, "mdvr-param: unknown format: xml (text, json or hex)\n"},
+        // Inputs past their limit, refused by their size before they are read.
+        {"check " + Sparse(3ULL << 30), "",
+         "mdvr-param: " + Sparse(3ULL << 30) + ": 3221225472 bytes, more than the 8388607 bytes of the largest bus message body\n"},
+        {"check " + Sparse(8388608), "",
+         "mdvr-param: " + Sparse(8388608) + ": 8388608 bytes, more than the 8388607 bytes of the largest bus message body\n"},
+        {"decode --section TIMEP " + Sparse(3ULL << 30), "",
+         "mdvr-param: " + Sparse(3ULL << 30) + ": 3221225472 bytes, but a tag_MsgTimeSetting record has 52\n"},
     };
     for (const auto& c : cases) {
         Outcome r = Tool(c.args, c.input);
@@ -196,6 +256,75 @@ TEST(MdvrParam, ErrorsAreOneLineWithStatusTwo)
         EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
         EXPECT_TRUE(r.out.empty()) << r.out;
     }
+}
+
+// From a pipe the limit holds as well: reading stops past it.
+TEST(MdvrParam, InputsFromAPipeStopAtTheirLimit)
+{
+    const std::pair<std::string, int> document = FromPipe("check -", 8388608 + 65536);
+    EXPECT_EQ(document, std::make_pair(std::string("mdvr-param: -: more than 8388607 bytes, more than the 8388607 "
+                                                   "bytes of the largest bus message body\n"),
+                                       2));
+    const std::pair<std::string, int> record = FromPipe("decode --section TIMEP -", 1 << 20);
+    EXPECT_EQ(record, std::make_pair(std::string("mdvr-param: -: more than 52 bytes, but a tag_MsgTimeSetting record "
+                                                 "has 52\n"),
+                                     2));
+}
+
+// Output that cannot be written is a failure of the run (1), not bad input.
+TEST(MdvrParam, OutputThatCannotBeWrittenIsStatusOne)
+{
+    const Outcome r = Tool("encode --section ATP -o /dev/full -", kSmall);
+    EXPECT_EQ(r.status, 1) << r.err;
+    EXPECT_EQ(r.err, "mdvr-param: cannot write /dev/full: No space left on device\n");
+    for (const char* args : {"layout all", "schema", "types"}) {
+        const std::string err = testing::TempDir() + "mdvr_param_full_" + std::to_string(getpid());
+        const int raw = std::system((std::string(MDVR_PARAM_COMMAND) + " " + args + " >/dev/full 2>" + err).c_str());
+        EXPECT_EQ(WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, 1) << args;
+        EXPECT_EQ(Slurp(err), "mdvr-param: cannot write standard output: No space left on device\n") << args;
+        std::remove(err.c_str());
+    }
+}
+
+// What the library's reader accepts and other readers refuse, each named
+// where it first stands; check --json gives the same findings.
+TEST(MdvrParam, CheckNamesWhatOtherJsonReadersRefuse)
+{
+    const struct {
+        std::string doc;
+        std::string line; // exactly, or "" for clean
+    } cases[] = {
+        {"{\"PARAMETER\":{\"MDVR\":{\n  // the clock\n  \"ATP\":{\"GE\":1}}}}",
+         "line 2, column 3: a comment: the library skips it, editors and other JSON readers refuse it\n"},
+        {"{\"PARAMETER\":{\"MDVR\":{\"ATP\":{\"GE\":1,}}}}",
+         "line 1, column 37: a comma before a closing bracket: the library accepts it, editors and other JSON readers "
+         "refuse it\n"},
+        {"{\"PARAMETER\":{\"MDVR\":{\"ATP\":{\"GE\":1,\n\"GE\":2}}}}",
+         "line 2, column 1: a key given twice in one object: the library keeps the last value, other readers may keep "
+         "the first or refuse it\n"},
+        {"{\"PARAMETER\":{\"MDVR\":{\"ATP\":{\"GE\":1,\"NE\":[1,2]}}}}", ""},
+    };
+    for (const auto& c : cases) {
+        const Outcome r = Tool("check -", c.doc);
+        EXPECT_EQ(r.status, 1) << c.doc; // NE holds an array in the last, a finding of its own
+        EXPECT_EQ(Has(r.out, "line "), !c.line.empty()) << r.out;
+        if (!c.line.empty()) {
+            EXPECT_EQ(r.out.substr(0, c.line.size()), c.line) << r.out;
+        }
+        const Outcome json = Tool("check --json -", c.doc);
+        const Json::Value out = paratest::Json(json.out);
+        EXPECT_EQ(json.status, r.status);
+        EXPECT_FALSE(out["clean"].asBool());
+        EXPECT_EQ(out["findings"].size(), Json::ArrayIndex(std::count(r.out.begin(), r.out.end(), '\n'))) << json.out;
+        EXPECT_EQ(out["findings"][0]["path"].asString() + ": " + out["findings"][0]["message"].asString() + "\n",
+                  r.out.substr(0, r.out.find('\n') + 1));
+    }
+    const Json::Value clean = paratest::Json(Tool("check --json " + ExampleFile()).out);
+    EXPECT_TRUE(clean["clean"].asBool());
+    EXPECT_EQ(clean["findings"].size(), 0u);
+    const Json::Value capped = paratest::Json(Tool("check --json -", DocText("ATP", UnknownKeys(1003))).out);
+    EXPECT_EQ(capped["findings"].size(), 1000u);
+    EXPECT_EQ(capped["unlisted"].asUInt(), 3u);
 }
 
 // ---------------------------------------------------------------------------
@@ -281,6 +410,21 @@ TEST(MdvrParamDecode, EncodeDecodeEncodeGivesTheSameBytesAndNamesWhatNoDocumentG
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.err, "mdvr-param: reserved0: reserved bytes at 2 hold data that no document writes\n");
     EXPECT_TRUE(Has(r.out, "\"TIMEZ\" : \"GMT+08\"")) << r.out;
+}
+
+// Random bytes in the largest record: what no document gives back is listed
+// up to check's cap, then counted.
+TEST(MdvrParamDecode, WhatNoDocumentGivesIsCappedLikeCheck)
+{
+    std::mt19937 rng(16);
+    std::string record(28908, '\0');
+    for (char& c : record)
+        c = char(rng());
+    const Outcome r = Tool("decode --section RP -", record);
+    EXPECT_EQ(r.status, 1);
+    EXPECT_LE(std::count(r.err.begin(), r.err.end(), '\n'), 1002) << r.err.size();
+    EXPECT_TRUE(std::regex_search(r.err, std::regex("\nmdvr-param: \\.\\.\\. and [0-9]+ more fields differ \\(the first 1000 are listed\\)\n")))
+        << r.err.substr(r.err.size() - std::min<size_t>(r.err.size(), 300));
 }
 
 TEST(MdvrParam, HelpForTheToolAndEachCommand)

@@ -4,6 +4,7 @@
 #define PARA_CHECK_H
 
 #include "ParaPlace.h"
+#include "ToolText.h"
 
 #include <cstring>
 #include <set>
@@ -18,21 +19,6 @@ struct Finding {
     std::string path; // JSON path, e.g. MDVR.RP.RCP[0].RSI[7]
     std::string what; // what the library does with it and what it stores
 };
-
-inline const char* JsonTypeName(const Json::Value& v)
-{
-    switch (v.type()) {
-    case Json::nullValue: return "null";
-    case Json::intValue:
-    case Json::uintValue: return "an integer";
-    case Json::realValue: return "a real number";
-    case Json::stringValue: return "a string";
-    case Json::booleanValue: return "a boolean";
-    case Json::arrayValue: return "an array";
-    case Json::objectValue: return "an object";
-    }
-    return "a value";
-}
 
 // Checks one section object: walks its record's table over the JSON the way
 // the parser navigates it and reports what the parser would lose. Values are

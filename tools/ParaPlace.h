@@ -84,16 +84,25 @@ inline std::string FieldKey(const Field& f)
     return f.op == Op::Step && key.find(',') != std::string::npos ? "{" + key + "}" : key;
 }
 
-// "u8", "i32", "char", "f32": a scalar field's type, as the tools name it.
-inline std::string ScalarLabel(const Field& f)
+// "u16", "i32", "char", "f32", "char[16]", "u8[6]": the type of `size` bytes
+// shown as `kind`, as the tools name it.
+inline std::string TypeLabel(Kind kind, size_t size)
 {
-    switch (f.kind()) {
-    case Kind::Float: return "f32";
+    const std::string bits = std::to_string(8 * size);
+    switch (kind) {
+    case Kind::Unsigned: return "u" + bits;
+    case Kind::Signed: return "i" + bits;
     case Kind::Char: return "char";
-    case Kind::Signed: return "i" + std::to_string(8 * f.size);
-    default: return "u" + std::to_string(8 * f.size);
+    case Kind::Float: return "f" + bits;
+    case Kind::Text: return "char[" + std::to_string(size) + "]";
+    case Kind::Hex:
+    case Kind::Reserved: break;
     }
+    return "u8[" + std::to_string(size) + "]";
 }
+
+// A scalar field's type.
+inline std::string ScalarLabel(const Field& f) { return TypeLabel(f.kind(), f.size); }
 
 // The place of field `f` of a level.
 inline Place FieldPlace(const Field& f, const Level& level)

@@ -165,9 +165,7 @@ private:
             step.Write(ones.data(), f, high);
         });
         const std::string keys(f.key, f.length);
-        const std::string label = f.step == StepId::HexRegion || f.count[0]
-                                      ? "u8[" + std::to_string(bytes) + "]"
-                                      : "u" + std::to_string(8 * f.size);
+        const std::string label = TypeLabel(f.count[0] ? Kind::Hex : f.kind(), f.count[0] ? bytes : f.size);
         const std::string what = " converted into " + Where(p, label) +
                                  (keys.find(',') != std::string::npos ? " with the keys " + keys : "");
         for (unsigned i = 0; i < 2; ++i) {

@@ -5,6 +5,7 @@
 #define PARA_SHOW_H
 
 #include "ParaPlace.h"
+#include "ToolText.h"
 
 #include <json/value.h>
 
@@ -25,45 +26,83 @@ struct FieldInfo {
     size_t size;      // bytes
     Kind kind;
     Path parts = {};  // the field path in parts
+    // A collapsed array, listed as one line: its type and the bytes from one
+    // element of its outer dimension to the next.
+    std::string type = {};
+    size_t stride = 0;
 };
 
 // Name of a field's type as the layout shows it ("u16", "char[16]", "u8[2]").
 inline std::string TypeName(const FieldInfo& f)
 {
-    const std::string bits = std::to_string(8 * f.size);
-    switch (f.kind) {
-    case Kind::Unsigned: return "u" + bits;
-    case Kind::Signed: return "i" + bits;
-    case Kind::Char: return "char";
-    case Kind::Float: return "f" + bits;
-    case Kind::Text: return "char[" + std::to_string(f.size) + "]";
-    case Kind::Hex:
-    case Kind::Reserved: break;
-    }
-    return "u8[" + std::to_string(f.size) + "]";
+    if (!f.type.empty())
+        return f.type;
+    return TypeLabel(f.kind, f.size);
 }
 
 // The fields of a record in description order, arrays element by element. A
 // step's field is listed as the bytes it stores: a hexadecimal region as one
 // run, the others as unsigned integers (element by element for an array).
-inline std::vector<FieldInfo> Layout(const Record& record)
-{
-    struct List : PlaceVisitor {
-        std::vector<FieldInfo> out;
-        void Leaf(const Field& f, const Place& p)
-        {
-            if (f.op != Op::Step || f.step == StepId::HexRegion || !f.count[0]) {
-                out.push_back({PathText(p.path), PathText(p.keys), p.offset, f.size, f.kind(), p.path});
-                return;
-            }
-            for (unsigned i = 0; i < f.count[0]; ++i) {
-                const Place e = ElementPlace(f, 0, p, i);
-                out.push_back({PathText(e.path), PathText(e.keys), e.offset, f.size, f.kind(), e.path});
-            }
+// Collapsed (expand false), an array is one line with its bounds and stride,
+// and the fields of an array of records are listed once, for element 0, with
+// the indexes named i, j, k.
+// The walk's visitor that lists a layout (Layout below).
+struct LayoutList : PlaceVisitor {
+    std::vector<FieldInfo> out;
+    bool expand = true;
+    const char* letters = nullptr; // of collapsed indexes
+
+    FieldInfo Info(const Field& f, const Place& p, size_t size) const
+    {
+        return {PathText(p.path, letters), PathText(p.keys, letters), p.offset, size, f.kind(), p.path};
+    }
+    // The line of a collapsed array: u8 SET[3], char[16] N[4], alarmPlan_t AP[2].
+    void Collapsed(const Field& f, const Place& p)
+    {
+        FieldInfo a = Info(f, p, f.count[0] * f.stride(0));
+        a.path += "[" + std::to_string(f.count[0]) + "]" + (f.count[1] ? "[" + std::to_string(f.count[1]) + "]" : "");
+        a.type = f.op == Op::Record || f.op == Op::Parsed ? f.embedded().name : TypeName(Info(f, p, f.size));
+        a.stride = f.stride(0);
+        out.push_back(a);
+    }
+    template <class Walk> void Elements(const Field& f, unsigned dim, const Place& p, Walk walk)
+    {
+        if (expand) {
+            PlaceVisitor::Elements(f, dim, p, walk);
+            return;
         }
-    } list;
+        if (dim == 0)
+            Collapsed(f, p);
+        if (f.op == Op::Record || f.op == Op::Parsed)
+            walk(ElementPlace(f, dim, p, 0));
+    }
+    void Leaf(const Field& f, const Place& p)
+    {
+        if (f.op != Op::Step || f.step == StepId::HexRegion || !f.count[0])
+            out.push_back(Info(f, p, f.size));
+        else if (!expand)
+            Collapsed(f, p);
+        else
+            for (unsigned i = 0; i < f.count[0]; ++i)
+                out.push_back(Info(f, ElementPlace(f, 0, p, i), f.size));
+    }
+};
+
+inline std::vector<FieldInfo> Layout(const Record& record, bool expand = true)
+{
+    LayoutList list;
+    list.expand = expand;
+    list.letters = expand ? nullptr : "ijk";
     WalkRecord(record, list);
     return list.out;
+}
+
+// Fields in offset order; fields at one offset keep their order.
+inline std::vector<FieldInfo> ByOffset(std::vector<FieldInfo> fields)
+{
+    std::stable_sort(fields.begin(), fields.end(),
+                     [](const FieldInfo& a, const FieldInfo& b) { return a.offset < b.offset; });
+    return fields;
 }
 
 // Values of fields, from a record's bytes (little-endian, like the target).
@@ -88,19 +127,6 @@ inline std::string Quote(const char* at, size_t size)
         }
     }
     return out + "\"";
-}
-
-// Bytes as hexadecimal text, two upper-case digits a byte.
-inline std::string HexText(const char* at, size_t size)
-{
-    static const char kDigits[] = "0123456789ABCDEF";
-    std::string out;
-    for (size_t i = 0; i < size; ++i) {
-        const unsigned char c = static_cast<unsigned char>(at[i]);
-        out += kDigits[c >> 4];
-        out += kDigits[c & 0x0F];
-    }
-    return out;
 }
 
 inline long long SignedAt(const char* at, size_t size)
@@ -170,9 +196,7 @@ inline void ShowRecord(std::FILE* out, const char* key, int type, const char* re
                        int result, const std::string& bytes, std::vector<FieldInfo> layout)
 {
     std::fprintf(out, "%s  type %d  %s  %zu bytes  %s() = %d\n", key, type, record, size, parser, result);
-    std::stable_sort(layout.begin(), layout.end(),
-                     [](const FieldInfo& a, const FieldInfo& b) { return a.offset < b.offset; });
-    for (const FieldInfo& f : layout)
+    for (const FieldInfo& f : ByOffset(std::move(layout)))
         if (f.kind != Kind::Reserved)
             std::fprintf(out, "  %-28s %6zu  %-9s %s\n", f.path.c_str(), f.offset, TypeName(f).c_str(),
                          ValueText(bytes, f).c_str());

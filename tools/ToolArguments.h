@@ -1,4 +1,4 @@
-// Command-line parsing shared by the bus tools: --help and --version print and
+// Command-line parsing shared by the tools: --help and --version print and
 // end with status 0, any other parse error is one line on standard error and
 // status 2.
 #ifndef TOOL_ARGUMENTS_H
@@ -15,6 +15,16 @@
 // -1 when the arguments are good and the tool goes on; else its exit status.
 inline int ParseArguments(CLI::App& app, int argc, char** argv)
 {
+    // "--format=" would take the next word for its value.
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        if (arg == "--")
+            break;
+        if (arg.size() > 3 && arg.compare(0, 2, "--") == 0 && arg.back() == '=') {
+            std::fprintf(stderr, "%s: option %s has an empty value\n", app.get_name().c_str(), arg.c_str());
+            return 2;
+        }
+    }
     try {
         app.parse(argc, argv);
         return -1;

@@ -16,6 +16,7 @@
 #include "BusCapture.h"
 #include "BusProtocol.h"
 #include "ToolArguments.h"
+#include "ToolText.h"
 #include "ToolkitHost.h"
 
 #include <json/reader.h>
@@ -103,31 +104,6 @@ bool Printable(const std::string& text)
     return true;
 }
 
-// Sixteen bytes a row: offset, the bytes in hexadecimal, then as characters
-// ('.' for those that do not print).
-std::string HexDump(const std::string& bytes)
-{
-    std::string out;
-    char cell[32];
-    for (size_t row = 0; row < bytes.size(); row += 16) {
-        std::snprintf(cell, sizeof cell, "%06zx ", row);
-        out += cell;
-        std::string shown;
-        for (size_t i = row; i < row + 16; ++i) {
-            if (i < bytes.size()) {
-                const unsigned char c = static_cast<unsigned char>(bytes[i]);
-                std::snprintf(cell, sizeof cell, " %02x", c);
-                out += cell;
-                shown += (c >= 0x20 && c < 0x7F) ? static_cast<char>(c) : '.';
-            } else {
-                out += "   ";
-            }
-        }
-        out += "  |" + shown + "|\n";
-    }
-    return out;
-}
-
 // The body as a person reads it: JSON pretty-printed, text as it is, other
 // bytes as a hex dump.
 std::string Render(const std::string& body)
@@ -179,13 +155,7 @@ std::string MessageJson(const std::string& message, const Routing* routing)
     } else if (Printable(body)) {
         out["text"] = body;
     } else {
-        std::string hex;
-        char cell[3];
-        for (unsigned char c : body) {
-            std::snprintf(cell, sizeof cell, "%02x", c);
-            hex += cell;
-        }
-        out["hex"] = hex;
+        out["hex"] = HexText(body.data(), body.size(), true);
     }
     return OneLine(out);
 }

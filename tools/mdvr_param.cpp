@@ -1,19 +1,12 @@
 // mdvr-param: what a parameter document becomes in the recorder's records,
-// and what the conversion silently loses.
-//
-//   mdvr-param show [--type N | --section KEY] [--format text|json|hex] [FILE|-]
-//   mdvr-param layout [TYPE | SECTION | all]
-//   mdvr-param check [FILE|-]
-//   mdvr-param types
-//   mdvr-param schema [TYPE | SECTION | all]
-//   mdvr-param encode (--type N | --section KEY) [FILE|-] [-o OUT]
-//   mdvr-param decode (--type N | --section KEY) RECORD
-//   mdvr-param diff A B
+// and what the conversion silently loses. Its commands are the table in
+// Run(); `mdvr-param --help` and `mdvr-param COMMAND --help` say the rest.
 //
 // Everything is derived from the library's record descriptions and parsers.
 // Exit status: 0 success (check: clean; diff: no difference), 1 check found
-// something, diff found a difference or decode cannot give the record back
-// exactly, 2 a usage or input error (one line on standard error).
+// something, diff found a difference, decode cannot give the record back
+// exactly, or the output cannot be written; 2 a usage or input error (one
+// line on standard error).
 #include "CommonParaAdapter.h"
 #include "ParaCheck.h"
 #include "ParaDecode.h"
@@ -21,6 +14,7 @@
 #include "ParaShow.h"
 #include "ParaTypes.h"
 #include "ToolArguments.h"
+#include "ToolText.h"
 
 #include <CLI/CLI.hpp>
 
@@ -53,6 +47,15 @@ struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// A failure of the program itself (the output cannot be written): one line
+// and status 1.
+struct Failure : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// The largest document: the largest body a bus message carries.
+const size_t kMaxDocument = 8388607;
+
 struct Parsed {
     int result;
     std::string bytes;
@@ -75,6 +78,46 @@ Parsed Parse(const TypeInfo& t, const Json::Value& doc)
     return p;
 }
 
+// Edits (insertions, deletions, substitutions) from a to b.
+size_t Distance(const std::string& a, const std::string& b)
+{
+    std::vector<size_t> row(b.size() + 1);
+    for (size_t j = 0; j <= b.size(); ++j)
+        row[j] = j;
+    for (size_t i = 1; i <= a.size(); ++i) {
+        size_t diagonal = row[0];
+        row[0] = i;
+        for (size_t j = 1; j <= b.size(); ++j) {
+            const size_t above = row[j];
+            row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] != b[j - 1])});
+            diagonal = above;
+        }
+    }
+    return row[b.size()];
+}
+
+// The section key that an unknown name was most likely meant to be: the same
+// letters in another case, else the nearest key within an edit for every four
+// letters; "" for none, and for a number.
+std::string Meant(const std::string& what)
+{
+    if (what.empty() || std::isdigit(static_cast<unsigned char>(what[0])))
+        return "";
+    std::string upper = what;
+    for (char& c : upper)
+        c = char(std::toupper(static_cast<unsigned char>(c)));
+    std::string best;
+    size_t nearest = what.size() / 4 + 1;
+    for (const TypeInfo& t : para::kTypes) {
+        const size_t d = upper == t.key ? 0 : Distance(what, t.key);
+        if (d < nearest) {
+            nearest = d;
+            best = t.key;
+        }
+    }
+    return best;
+}
+
 // A type by its section key, or by its number (decimal or 0x-hex, as every
 // tool reads numbers).
 const TypeInfo* FindType(const std::string& what)
@@ -90,8 +133,11 @@ const TypeInfo* FindType(const std::string& what)
 
 // ---------------------------------------------------------------------------
 
-// The bytes of a file, or of standard input for "-" (which can be read once).
-std::string ReadFile(const std::string& name)
+// The bytes of a file, or of standard input for "-" (which can be read once),
+// at most `limit` of them. A longer input is refused before it is read (a
+// regular file, by its size) or as soon as it passes the limit (a pipe), with
+// "NAME: N bytes" (or "more than LIMIT bytes") and `tooLong`.
+std::string ReadFile(const std::string& name, size_t limit, const std::string& tooLong)
 {
     static bool stdinRead = false;
     int fd = STDIN_FILENO;
@@ -106,39 +152,45 @@ std::string ReadFile(const std::string& name)
         if (fd < 0)
             throw UsageError("cannot read " + name + ": " + std::strerror(errno));
     }
+    struct Closer {
+        int fd;
+        ~Closer()
+        {
+            if (fd != STDIN_FILENO)
+                close(fd);
+        }
+    } closer{fd};
     struct stat st;
-    if (fstat(fd, &st) == 0 && S_ISDIR(st.st_mode)) {
-        close(fd);
+    if (fstat(fd, &st) == 0 && S_ISDIR(st.st_mode))
         throw UsageError("cannot read " + name + ": " + std::strerror(EISDIR));
-    }
+    if (fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && static_cast<unsigned long long>(st.st_size) > limit)
+        throw UsageError(name + ": " + std::to_string(st.st_size) + " bytes" + tooLong);
     std::string bytes;
     char buffer[65536];
     for (;;) {
-        const ssize_t n = read(fd, buffer, sizeof buffer);
+        const ssize_t n = read(fd, buffer, std::min(sizeof buffer, limit + 1 - bytes.size()));
         if (n > 0) {
             bytes.append(buffer, size_t(n));
+            if (bytes.size() > limit)
+                throw UsageError(name + ": more than " + std::to_string(limit) + " bytes" + tooLong);
         } else if (n == 0) {
             break;
         } else if (errno != EINTR) {
-            const int error = errno;
-            if (fd != STDIN_FILENO)
-                close(fd);
-            throw UsageError("cannot read " + name + ": " + std::strerror(error));
+            throw UsageError("cannot read " + name + ": " + std::strerror(errno));
         }
     }
-    if (fd != STDIN_FILENO)
-        close(fd);
     return bytes;
 }
 
 // The deepest nesting of arrays and objects that a document may have.
 const int kMaxDepth = 1000;
 
-// Line and column (from 1) of the bracket that opens level kMaxDepth + 1,
-// skipping strings and comments as the JSON reader does.
-std::pair<int, int> TooDeep(const std::string& text)
+// Walks a JSON text as the reader does, past strings: calls at(c, line,
+// column) (from 1) for each bracket and for the '/' that starts a comment,
+// until it returns true; then returns that place, else {0, 0}.
+template <class At> std::pair<int, int> ScanText(const std::string& text, At at)
 {
-    int depth = 0, line = 1, column = 0;
+    int line = 1, column = 0;
     for (size_t i = 0; i < text.size(); ++i) {
         const char c = text[i];
         ++column;
@@ -153,6 +205,8 @@ std::pair<int, int> TooDeep(const std::string& text)
                     ++line, column = 0;
             }
         } else if (c == '/' && i + 1 < text.size() && (text[i + 1] == '/' || text[i + 1] == '*')) {
+            if (at(c, line, column))
+                return {line, column};
             const bool block = text[i + 1] == '*';
             const size_t end = block ? text.find("*/", i + 2) : text.find('\n', i);
             const size_t stop = end == std::string::npos ? text.size() : end + (block ? 2 : 0);
@@ -160,14 +214,22 @@ std::pair<int, int> TooDeep(const std::string& text)
                 if (text[i] == '\n')
                     ++line, column = 0;
             --i, --column;
-        } else if (c == '[' || c == '{') {
-            if (++depth > kMaxDepth)
-                return {line, column};
-        } else if (c == ']' || c == '}') {
-            --depth;
+        } else if ((c == '[' || c == '{' || c == ']' || c == '}') && at(c, line, column)) {
+            return {line, column};
         }
     }
-    return {1, 1};
+    return {0, 0};
+}
+
+// Line and column of the bracket that opens level kMaxDepth + 1.
+std::pair<int, int> TooDeep(const std::string& text)
+{
+    int depth = 0;
+    const std::pair<int, int> at = ScanText(text, [&](char c, int, int) {
+        depth += c == '[' || c == '{' ? 1 : c == '/' ? 0 : -1;
+        return depth > kMaxDepth;
+    });
+    return at.first ? at : std::make_pair(1, 1);
 }
 
 // The document in `text`: one JSON object, with nothing but white space (or
@@ -202,15 +264,26 @@ Json::Value ParseDocument(const std::string& text, const std::string& name)
                          std::to_string(column) + ": " + reason);
     }
     if (!doc.isObject()) {
-        static const char* const kinds[] = {"null", "an integer", "an integer", "a number", "a string", "a boolean",
-                                            "an array", "an object"};
-        throw UsageError(name + ": the document is " + kinds[doc.type()] +
+        throw UsageError(name + ": the document is " + JsonTypeName(doc) +
                          ", not an object {\"PARAMETER\":{\"MDVR\":{...}}}");
     }
     return doc;
 }
 
-Json::Value ReadDocument(const std::string& name) { return ParseDocument(ReadFile(name), name); }
+std::string ReadDocumentText(const std::string& name)
+{
+    return ReadFile(name, kMaxDocument,
+                    ", more than the " + std::to_string(kMaxDocument) + " bytes of the largest bus message body");
+}
+
+Json::Value ReadDocument(const std::string& name) { return ParseDocument(ReadDocumentText(name), name); }
+
+// Why a document holds no section at all ("" when it may hold some).
+std::string NoSections(const Json::Value& doc)
+{
+    return para::Member(para::Member(doc, "PARAMETER"), "MDVR").isObject() ? ""
+                                                                             : "no \"MDVR\" object: no section is read";
+}
 
 // The types asked for: one by key or number, else those whose section the
 // document holds (every type when `all`), in type order.
@@ -219,8 +292,11 @@ std::vector<const TypeInfo*> Selected(const Json::Value& doc, const std::string&
     std::vector<const TypeInfo*> types;
     if (!only.empty()) {
         const TypeInfo* t = FindType(only);
-        if (!t)
-            throw UsageError("unknown parameter type or section: " + only);
+        if (!t) {
+            const std::string meant = Meant(only);
+            throw UsageError("unknown parameter type or section: " + only +
+                             (meant.empty() ? "" : " (did you mean " + meant + "?)"));
+        }
         types.push_back(t);
         return types;
     }
@@ -228,13 +304,6 @@ std::vector<const TypeInfo*> Selected(const Json::Value& doc, const std::string&
         if (all || !para::Section(doc, t.key).isNull())
             types.push_back(&t);
     return types;
-}
-
-std::vector<para::FieldInfo> ByOffset(std::vector<para::FieldInfo> fields)
-{
-    std::stable_sort(fields.begin(), fields.end(),
-                     [](const para::FieldInfo& a, const para::FieldInfo& b) { return a.offset < b.offset; });
-    return fields;
 }
 
 void ShowText(const TypeInfo& t, const Parsed& p)
@@ -245,60 +314,74 @@ void ShowText(const TypeInfo& t, const Parsed& p)
 void ShowHex(const TypeInfo& t, const Parsed& p)
 {
     std::printf("%s  type %d  %s  %zu bytes  %s() = %d\n", t.key, t.type, RecordName(t), RecordSize(t), t.parser.name, p.result);
-    for (size_t row = 0; row < p.bytes.size(); row += 16) {
-        std::printf("  %06zx ", row);
-        std::string ascii;
-        for (size_t i = row; i < row + 16; ++i) {
-            if (i < p.bytes.size()) {
-                const unsigned char c = static_cast<unsigned char>(p.bytes[i]);
-                std::printf(" %02x", c);
-                ascii += (c >= 0x20 && c < 0x7F) ? char(c) : '.';
-            } else {
-                std::printf("   ");
-            }
-        }
-        std::printf("  |%s|\n", ascii.c_str());
+    std::fputs(HexDump(p.bytes, "  ").c_str(), stdout);
+}
+
+// A JSON value as one line of text.
+std::string OneLine(const Json::Value& value)
+{
+    Json::StreamWriterBuilder writer;
+    writer["indentation"] = "";
+    writer["emitUTF8"] = true;
+    return Json::writeString(writer, value);
+}
+
+// A section as JSON: what the text form heads it with, then its fields by
+// offset under the names the text form gives them.
+void ShowJson(const TypeInfo& t, const Parsed& p, bool first)
+{
+    std::printf("%s  %s: {\"type\": %d, \"record\": %s, \"size\": %zu, \"parser\": %s, \"result\": %d, \"fields\": {",
+                first ? "" : ",\n", OneLine(t.key).c_str(), t.type, OneLine(RecordName(t)).c_str(), RecordSize(t),
+                OneLine(t.parser.name).c_str(), p.result);
+    const char* separator = "\n";
+    for (const para::FieldInfo& f : para::ByOffset(p.layout)) {
+        if (f.kind == para::Kind::Reserved)
+            continue;
+        std::printf("%s    %s: %s", separator, OneLine(f.path).c_str(), OneLine(para::ValueJson(p.bytes, f)).c_str());
+        separator = ",\n";
     }
+    std::printf("\n  }}");
 }
 
 int Show(const std::string& only, const std::string& format, const std::string& file)
 {
     if (format != "text" && format != "json" && format != "hex")
-        throw UsageError("unknown format: " + format);
+        throw UsageError("unknown format: " + format + " (text, json or hex)");
     const Json::Value doc = ReadDocument(file);
-    Json::Value all(Json::objectValue);
-    for (const TypeInfo* t : Selected(doc, only)) {
+    const std::vector<const TypeInfo*> types = Selected(doc, only);
+    if (types.empty()) {
+        const std::string why = NoSections(doc);
+        throw UsageError(file + ": " + (why.empty() ? "no section that a parser of this library reads" : why));
+    }
+    if (format == "json")
+        std::printf("{\n");
+    for (const TypeInfo* t : types) {
         const Parsed p = Parse(*t, doc);
-        if (format == "text") {
+        if (format == "text")
             ShowText(*t, p);
-        } else if (format == "hex") {
+        else if (format == "hex")
             ShowHex(*t, p);
-        } else {
-            Json::Value record(Json::objectValue);
-            for (const para::FieldInfo& f : p.layout)
-                if (f.kind != para::Kind::Reserved)
-                    para::At(record, f.parts) = para::ValueJson(p.bytes, f);
-            all[t->key] = record;
-        }
+        else
+            ShowJson(*t, p, t == types[0]);
     }
-    if (format == "json") {
-        Json::StreamWriterBuilder writer;
-        writer["indentation"] = "  ";
-        std::printf("%s\n", Json::writeString(writer, all).c_str());
-    }
+    if (format == "json")
+        std::printf("\n}\n");
     return 0;
 }
 
-void PrintLayout(const TypeInfo& t)
+// pahole's form: type, name, offset and size, then the JSON key; a collapsed
+// array also its stride.
+void PrintLayout(const TypeInfo& t, bool expand)
 {
     std::printf("struct %s {  /* type %d, section \"%s\", %s */\n", RecordName(t), t.type, t.key, t.parser.name);
     size_t end = 0;
-    for (const para::FieldInfo& f : ByOffset(para::Layout(*t.parser.record))) {
-        if (f.kind == para::Kind::Reserved)
+    for (const para::FieldInfo& f : para::ByOffset(para::Layout(*t.parser.record, expand))) {
+        if (f.kind == para::Kind::Reserved && !f.stride)
             std::printf("  /* XXX %zu bytes reserved at %zu (%s): not written */\n", f.size, f.offset, f.path.c_str());
         else
-            std::printf("  %-9s %-28s /* %6zu %5zu */  %s\n", para::TypeName(f).c_str(), (f.path + ";").c_str(),
-                        f.offset, f.size, f.keys.c_str());
+            std::printf("  %-9s %-28s /* %6zu %5zu */  %s%s\n", para::TypeName(f).c_str(), (f.path + ";").c_str(),
+                        f.offset, f.size, f.keys.c_str(),
+                        f.stride ? ("  (stride " + std::to_string(f.stride) + ")").c_str() : "");
         end = std::max(end, f.offset + f.size);
     }
     if (end < RecordSize(t))
@@ -314,20 +397,62 @@ std::vector<const TypeInfo*> TypesNamed(const std::string& what)
     return what == "all" ? Selected(Json::Value(), "", true) : Selected(Json::Value(), what);
 }
 
-int Layout(const std::string& what)
+int Layout(const std::string& what, bool expand)
 {
     for (const TypeInfo* t : TypesNamed(what))
-        PrintLayout(*t);
+        PrintLayout(*t, expand);
     return 0;
 }
 
-int Check(const std::string& file)
+// What the library's reader accepts and editors and other JSON readers do
+// not: each the first place it is found, as "line L, column C".
+std::vector<para::Finding> Leniencies(const std::string& text)
 {
-    const Json::Value doc = ReadDocument(file);
-    std::vector<para::Finding> findings;
+    std::vector<para::Finding> found;
+    // The JSON reader refuses comments only before the document: they are found by the scan.
+    const std::pair<int, int> comment = ScanText(text, [](char c, int, int) { return c == '/'; });
+    if (comment.first)
+        found.push_back({"line " + std::to_string(comment.first) + ", column " + std::to_string(comment.second),
+                         "a comment: the library skips it, editors and other JSON readers refuse it"});
+    static const struct {
+        const char* setting;
+        bool value;
+        const char* what;
+    } kRules[] = {
+        {"allowTrailingCommas", false,
+         "a comma before a closing bracket: the library accepts it, editors and other JSON readers refuse it"},
+        {"rejectDupKeys", true,
+         "a key given twice in one object: the library keeps the last value, other readers may keep the first or "
+         "refuse it"},
+    };
+    for (const auto& rule : kRules) {
+        Json::CharReaderBuilder builder;
+        builder["stackLimit"] = kMaxDepth;
+        builder[rule.setting] = rule.value;
+        std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+        Json::Value ignored;
+        std::string errors;
+        if (reader->parse(text.data(), text.data() + text.size(), &ignored, &errors))
+            continue;
+        int line = 0, column = 0;
+        std::sscanf(errors.c_str(), "* Line %d, Column %d", &line, &column);
+        found.push_back({"line " + std::to_string(line) + ", column " + std::to_string(column), rule.what});
+    }
+    return found;
+}
+
+// A document of a million bad keys would give a million lines: the first
+// kMaxFindings are listed, then how many more there are.
+const size_t kMaxFindings = 1000;
+
+int Check(const std::string& file, bool json)
+{
+    const std::string text = ReadDocumentText(file);
+    const Json::Value doc = ParseDocument(text, file);
+    std::vector<para::Finding> findings = Leniencies(text);
     const Json::Value& mdvr = para::Member(para::Member(doc, "PARAMETER"), "MDVR");
-    if (!mdvr.isObject())
-        findings.push_back({"PARAMETER.MDVR", "no \"MDVR\" object: no section is read"});
+    if (!NoSections(doc).empty())
+        findings.push_back({"PARAMETER.MDVR", NoSections(doc)});
     else
         for (const std::string& key : mdvr.getMemberNames())
             if (!FindType(key) || std::isdigit(static_cast<unsigned char>(key[0])))
@@ -337,10 +462,22 @@ int Check(const std::string& file)
             para::CheckSection(*t.parser.record, para::Section(doc, t.key), std::string("MDVR.") + t.key);
         findings.insert(findings.end(), more.begin(), more.end());
     }
-    // A document of a million bad keys would give a million lines: the first
-    // kMaxFindings are listed, then how many more there are.
-    const size_t kMaxFindings = 1000;
-    for (size_t i = 0; i < findings.size() && i < kMaxFindings; ++i)
+    const size_t listed = std::min(findings.size(), kMaxFindings);
+    if (json) {
+        Json::Value out(Json::objectValue);
+        out["clean"] = findings.empty();
+        out["findings"] = Json::Value(Json::arrayValue);
+        for (size_t i = 0; i < listed; ++i) {
+            Json::Value finding(Json::objectValue);
+            finding["path"] = findings[i].path;
+            finding["message"] = findings[i].what;
+            out["findings"].append(finding);
+        }
+        out["unlisted"] = Json::UInt64(findings.size() - listed);
+        std::printf("%s\n", para::DocumentText(out).c_str());
+        return findings.empty() ? 0 : 1;
+    }
+    for (size_t i = 0; i < listed; ++i)
         std::printf("%s: %s\n", findings[i].path.c_str(), findings[i].what.c_str());
     if (findings.size() > kMaxFindings)
         std::printf("... and %zu more findings (the first %zu are listed)\n", findings.size() - kMaxFindings,
@@ -405,12 +542,16 @@ int Encode(const std::string& only, const std::string& file, const std::string& 
         if (isatty(STDOUT_FILENO))
             throw UsageError("a binary record is not written to a terminal: use -o OUT or a redirection");
         if (std::fwrite(p.bytes.data(), 1, p.bytes.size(), stdout) != p.bytes.size() || std::fflush(stdout) != 0)
-            throw UsageError(std::string("cannot write the record: ") + std::strerror(errno));
+            throw Failure(std::string("cannot write the record: ") + std::strerror(errno));
         return 0;
     }
-    std::ofstream file_out(out, std::ios::binary);
-    if (!file_out.write(p.bytes.data(), std::streamsize(p.bytes.size())) || !file_out.flush())
+    std::FILE* record = std::fopen(out.c_str(), "wb");
+    if (!record)
         throw UsageError("cannot write " + out + ": " + std::strerror(errno));
+    const bool written = std::fwrite(p.bytes.data(), 1, p.bytes.size(), record) == p.bytes.size();
+    const int error = errno;
+    if (std::fclose(record) != 0 || !written)
+        throw Failure("cannot write " + out + ": " + std::strerror(written ? errno : error));
     return 0;
 }
 
@@ -421,20 +562,19 @@ int Encode(const std::string& only, const std::string& file, const std::string& 
 int Decode(const std::string& only, const std::string& file)
 {
     const TypeInfo& t = *Selected(Json::Value(), only)[0];
-    const std::string bytes = ReadFile(file);
+    const std::string size = ", but a " + std::string(RecordName(t)) + " record has " + std::to_string(RecordSize(t));
+    const std::string bytes = ReadFile(file, RecordSize(t), size);
     if (bytes.size() != RecordSize(t))
-        throw UsageError(file + ": " + std::to_string(bytes.size()) + " bytes, but a " + RecordName(t) + " record has " +
-                         std::to_string(RecordSize(t)));
+        throw UsageError(file + ": " + std::to_string(bytes.size()) + " bytes" + size);
     const std::string text = para::DocumentText(Document(t.key, para::DecodeRecord(*t.parser.record, bytes)));
     std::printf("%s\n", text.c_str());
     const Parsed back = Parse(t, ParseDocument(text, "the decoded document"));
-    int lost = 0;
+    size_t lost = 0;
     size_t end = 0;
-    for (const para::FieldInfo& f : ByOffset(back.layout)) {
+    for (const para::FieldInfo& f : para::ByOffset(back.layout)) {
         end = std::max(end, f.offset + f.size);
-        if (bytes.compare(f.offset, f.size, back.bytes, f.offset, f.size) == 0)
+        if (bytes.compare(f.offset, f.size, back.bytes, f.offset, f.size) == 0 || ++lost > kMaxFindings)
             continue;
-        ++lost;
         if (f.kind == para::Kind::Reserved)
             std::fprintf(stderr, "mdvr-param: %s: reserved bytes at %zu hold data that no document writes\n",
                          f.path.c_str(), f.offset);
@@ -442,6 +582,9 @@ int Decode(const std::string& only, const std::string& file)
             std::fprintf(stderr, "mdvr-param: %s: the record holds %s, the document gives %s\n", f.path.c_str(),
                          para::ValueText(bytes, f, false).c_str(), para::ValueText(back.bytes, f, false).c_str());
     }
+    if (lost > kMaxFindings)
+        std::fprintf(stderr, "mdvr-param: ... and %zu more fields differ (the first %zu are listed)\n",
+                     lost - kMaxFindings, kMaxFindings);
     if (bytes.compare(end, std::string::npos, back.bytes, end, std::string::npos) != 0) {
         ++lost;
         std::fprintf(stderr, "mdvr-param: tail padding at %zu holds data that no document writes\n", end);
@@ -463,7 +606,7 @@ int Diff(const std::string& fileA, const std::string& fileB)
         }
         if (pa.result == -1 || pb.result == -1)
             continue; // a section that is not read stores nothing to compare
-        for (const para::FieldInfo& f : ByOffset(pa.layout)) {
+        for (const para::FieldInfo& f : para::ByOffset(pa.layout)) {
             if (f.kind == para::Kind::Reserved || pa.bytes.compare(f.offset, f.size, pb.bytes, f.offset, f.size) == 0)
                 continue;
             differs = true;
@@ -496,6 +639,79 @@ void AddTypeOptions(CLI::App* command, std::string& only, bool required)
     }
 }
 
+// What the commands take from the command line.
+struct Options {
+    std::string only, format = "text", file = "-", what = "all", out, other;
+    bool json = false, expand = false;
+};
+
+// One command: its name and help, its options, and what it runs.
+struct Command {
+    const char* name;
+    const char* help;
+    void (*options)(CLI::App&, Options&);
+    int (*run)(const Options&);
+};
+
+void DocumentOption(CLI::App& c, Options& o)
+{
+    c.add_option("FILE", o.file, "parameter document, - for standard input (at most " + std::to_string(kMaxDocument) +
+                                     " bytes)")
+        ->capture_default_str();
+}
+
+void WhatOption(CLI::App& c, Options& o)
+{
+    c.add_option("TYPE", o.what, "type number, section key or all")->capture_default_str();
+}
+
+const Command kCommands[] = {
+    {"show", "parse each section present (or the one named) into a zeroed record and print it",
+     [](CLI::App& c, Options& o) {
+         AddTypeOptions(&c, o.only, false);
+         c.add_option("--format", o.format, "text, json or hex")
+             ->capture_default_str();
+         DocumentOption(c, o);
+     },
+     [](const Options& o) { return Show(o.only, o.format, o.file); }},
+    {"layout", "print a record's layout with the JSON key of every field, each array as one line",
+     [](CLI::App& c, Options& o) {
+         WhatOption(c, o);
+         c.add_flag("--expand", o.expand, "list every element of every array");
+     },
+     [](const Options& o) { return Layout(o.what, o.expand); }},
+    {"check", "report what the parsers would silently lose (status 1 when anything)",
+     [](CLI::App& c, Options& o) {
+         DocumentOption(c, o);
+         c.add_flag("--json", o.json,
+                    "print {\"clean\": bool, \"findings\": [{\"path\", \"message\"}...], \"unlisted\": n}");
+     },
+     [](const Options& o) { return Check(o.file, o.json); }},
+    {"types", "list every parameter type with its section, parser, record and size", [](CLI::App&, Options&) {},
+     [](const Options&) { return Types(); }},
+    {"schema", "print a JSON Schema (draft 2020-12) of parameter documents", WhatOption,
+     [](const Options& o) { return Schema(o.what); }},
+    {"encode", "write the binary record that the library stores for a section",
+     [](CLI::App& c, Options& o) {
+         AddTypeOptions(&c, o.only, true);
+         DocumentOption(c, o);
+         c.add_option("-o,--output", o.out, "record file (default: standard output)");
+     },
+     [](const Options& o) { return Encode(o.only, o.file, o.out); }},
+    {"decode", "print the document whose section gives back a binary record",
+     [](CLI::App& c, Options& o) {
+         AddTypeOptions(&c, o.only, true);
+         c.add_option("RECORD", o.file, "record file, - for standard input")->required();
+     },
+     [](const Options& o) { return Decode(o.only, o.file); }},
+    {"diff", "list every stored field that differs between two documents (status 1 when any)",
+     [](CLI::App& c, Options& o) {
+         c.add_option("A", o.file, "old document")->required();
+         c.add_option("B", o.other, "new document")->required();
+     },
+     [](const Options& o) { return Diff(o.file, o.other); }},
+};
+
 int Run(int argc, char** argv)
 {
     CLI::App app("mdvr-param: what a parameter document becomes in the recorder's records, and what the\n"
@@ -503,87 +719,55 @@ int Run(int argc, char** argv)
                  "mdvr-param");
     app.set_version_flag("--version", std::string("mdvr-param (BSCommonLibrary) ") + BSCOMMON_VERSION,
                          "print the version and exit");
-    app.require_subcommand(1);
-
-    std::string only, format = "text", file = "-", what = "all", out, other;
-
-    CLI::App* show = app.add_subcommand("show", "parse each section present (or the one named) into a zeroed record and print it");
-    AddTypeOptions(show, only, false);
-    show->add_option("--format", format, "text, json or hex")->capture_default_str();
-    show->add_option("FILE", file, "parameter document, - for standard input")->capture_default_str();
-
-    CLI::App* layout = app.add_subcommand("layout", "print a record's layout with the JSON key of every field");
-    layout->add_option("TYPE", what, "type number, section key or all")->capture_default_str();
-
-    CLI::App* check = app.add_subcommand("check", "report what the parsers would silently lose (status 1 when anything)");
-    check->add_option("FILE", file, "parameter document, - for standard input")->capture_default_str();
-
-    CLI::App* types = app.add_subcommand("types", "list every parameter type with its section, parser, record and size");
-
-    CLI::App* schema = app.add_subcommand("schema", "print a JSON Schema (draft 2020-12) of parameter documents");
-    schema->add_option("TYPE", what, "type number, section key or all")->capture_default_str();
-
-    CLI::App* encode = app.add_subcommand("encode", "write the binary record that the library stores for a section");
-    AddTypeOptions(encode, only, true);
-    encode->add_option("FILE", file, "parameter document, - for standard input")->capture_default_str();
-    encode->add_option("-o,--output", out, "record file (default: standard output)");
-
-    CLI::App* decode = app.add_subcommand("decode", "print the document whose section gives back a binary record");
-    AddTypeOptions(decode, only, true);
-    decode->add_option("RECORD", file, "record file, - for standard input")->required();
-
-    CLI::App* diff = app.add_subcommand("diff", "list every stored field that differs between two documents (status 1 when any)");
-    diff->add_option("A", file, "old document")->required();
-    diff->add_option("B", other, "new document")->required();
-
+    app.require_subcommand(0, 1); // an unknown word is named as such, not taken for a missing command
     const std::string exitStatus =
-        "Exit status: 0 success, 1 a finding (check), a difference (diff) or a record that no\n"
-        "document gives back (decode), 2 a usage or input error.";
+        "Exit status: 0 success, 1 a finding (check), a difference (diff), a record that no\n"
+        "document gives back (decode) or output that cannot be written, 2 a usage or input error.";
     app.footer(exitStatus);
-    for (CLI::App* command : app.get_subcommands({}))
-        command->footer(exitStatus);
-
+    Options options;
+    std::vector<std::pair<CLI::App*, const Command*>> commands;
+    for (const Command& command : kCommands) {
+        CLI::App* c = app.add_subcommand(command.name, command.help);
+        command.options(*c, options);
+        c->footer(exitStatus);
+        commands.push_back({c, &command});
+    }
     // An unknown first word is a command, not an argument.
-    if (argc > 1 && argv[1][0] != '-') {
-        bool known = false;
-        for (const CLI::App* command : app.get_subcommands({}))
-            known = known || command->get_name() == argv[1];
-        if (!known)
-            throw UsageError(std::string("unknown command: ") + argv[1]);
-    }
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& e) {
-        if (e.get_exit_code() == 0) // --help, of the tool or of a command
-            return app.exit(e);
-        std::string message = e.what();
-        throw UsageError(message.substr(0, message.find('\n')));
-    }
-    if (*show)
-        return Show(only, format, file);
-    if (*layout)
-        return Layout(what);
-    if (*check)
-        return Check(file);
-    if (*types)
-        return Types();
-    if (*schema)
-        return Schema(what);
-    if (*encode)
-        return Encode(only, file, out);
-    if (*decode)
-        return Decode(only, file);
-    return Diff(file, other);
+    if (argc > 1 && argv[1][0] != '-' &&
+        std::none_of(std::begin(kCommands), std::end(kCommands),
+                     [&](const Command& command) { return argv[1] == std::string(command.name); }))
+        throw UsageError(std::string("unknown command: ") + argv[1]);
+    if (const int status = ParseArguments(app, argc, argv); status >= 0)
+        return status;
+    for (const auto& [c, command] : commands)
+        if (*c)
+            return command->run(options);
+    throw UsageError("a command is required: " + [&] {
+        std::string names;
+        for (const Command& command : kCommands)
+            names += (names.empty() ? "" : ", ") + std::string(command.name);
+        return names;
+    }());
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
+    int status;
     try {
-        return Run(argc, argv);
+        status = Run(argc, argv);
+    } catch (const Failure& e) {
+        std::fprintf(stderr, "mdvr-param: %s\n", e.what());
+        return 1;
     } catch (const std::exception& e) {
         std::fprintf(stderr, "mdvr-param: %s\n", e.what());
         return 2;
     }
+    // Output that could not be written (a full disk, a closed pipe) is a failure, not success.
+    if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
+        std::fprintf(stderr, "mdvr-param: cannot write standard output: %s\n", std::strerror(errno));
+        return 1;
+    }
+    return status;
 }

@@ -4,12 +4,12 @@
     make-layout-pages.py --headers DIR --output records.dox -- MDVR_PARAM_COMMAND...
 
 For each parameter type that `mdvr-param types` lists, a page "layout_KEY"
-holds what `mdvr-param layout KEY` prints, as it prints it. The page of each
-record type (and of each sub-record that a record embeds) gets a paragraph
-naming the layout pages it appears on, and each of its fields its offset and
-size within the record, found in that output by the field's name; a field the
-output does not show by name (an array of sub-records printed as one line,
-say) is pointed to the layout page instead. The headers are read only for the
+holds what `mdvr-param layout KEY` prints, as it prints it (each array as one
+line). The page of each record type (and of each sub-record that a record
+embeds) gets a paragraph naming the layout pages it appears on, and each of
+its fields its offset and size within the record, found by the field's name
+in `mdvr-param layout --expand KEY`, which lists every element; a field that
+output does not show by name is pointed to the layout page instead. The headers are read only for the
 record types' members, in order, and the types of the members.
 """
 import argparse
@@ -95,7 +95,8 @@ def main():
         pages.append("Section \"%s\", parameter type %s, read by %s() into a %s of %s bytes.\n"
                      % (key, number, parser_name, record, size))
         pages.append("\\verbatim\n%s\\endverbatim\n*/\n\n" % layout.replace("*/", "* /"))
-        fields = read_fields(layout)
+        # Fields are found by name in the layout with every array element listed.
+        fields = read_fields(run(args.command + ["layout", "--expand", key]))
 
         def describe(struct, prefix, base, where):
             seen_on[struct].append((key, where))
