@@ -229,11 +229,8 @@ TEST(ParseJsonMessage, BodyAfterTheHeaderOrNothing)
 TEST(RecordDescriptions, FieldsTileEveryRecordExactly)
 {
     for (const para::Type& t : para::kTypes) {
-        std::vector<para::FieldInfo> fields = para::Layout(*t.parser.record);
-        std::sort(fields.begin(), fields.end(),
-                  [](const para::FieldInfo& a, const para::FieldInfo& b) { return a.offset < b.offset; });
         size_t next = 0;
-        for (const para::FieldInfo& f : fields) {
+        for (const para::FieldInfo& f : para::ByOffset(para::Layout(*t.parser.record))) {
             EXPECT_EQ(f.offset, next) << t.key << ": " << f.path << (f.offset < next ? " overlaps" : " leaves a gap");
             next = f.offset + f.size;
         }

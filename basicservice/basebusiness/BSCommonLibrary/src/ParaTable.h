@@ -145,6 +145,18 @@ constexpr int CompareKeys(const char* name, unsigned length, const Field& f)
     return int(length) - int(f.length);
 }
 
+// The End of the level whose entries start at `first`, past the levels of its
+// groups.
+constexpr const Field* LevelEnd(const Field* first)
+{
+    for (unsigned depth = 0;; ++first) {
+        if (first->op == Op::Group)
+            ++depth;
+        else if (first->op == Op::End && depth-- == 0)
+            return first;
+    }
+}
+
 // ---------------------------------------------------------------------------
 // Building entries at compile time.
 
@@ -310,31 +322,21 @@ template <size_t N> constexpr unsigned IndexLevel(Table<N>& t, size_t first, uns
     const unsigned start = pos;
     size_t group[N] = {};
     unsigned groups = 0;
-    for (size_t i = first, depth = 0; i < N; ++i) {
-        const Op op = t.fields[i].op;
-        if (op == Op::End) {
-            if (depth == 0)
-                break;
-            --depth;
-            continue;
-        }
-        if (depth > 0) {
-            depth += op == Op::Group;
-            continue;
-        }
-        if (op == Op::Group) {
+    for (size_t i = first; t.fields[i].op != Op::End; ++i) {
+        const Field& f = t.fields[i];
+        if (f.op == Op::Group) {
             group[groups++] = i;
-            ++depth;
+            i = size_t(LevelEnd(&f + 1) - t.fields); // its entries are a level of their own
         }
-        if (op == Op::Reserved || op == Op::Step || (t.fields[i].flags & Field::kSelf))
+        if (f.op == Op::Reserved || f.op == Op::Step || (f.flags & Field::kSelf))
             continue;
         // insertion into the sorted run
         unsigned at = pos++;
-        while (at > start && KeyBefore(t.fields[i], t.fields[t.order[at - 1]])) {
+        while (at > start && KeyBefore(f, t.fields[t.order[at - 1]])) {
             t.order[at] = t.order[at - 1];
             --at;
         }
-        t.order[at] = static_cast<uint8_t>(i);
+        t.order[at] = static_cast<uint8_t>(&f - t.fields);
     }
     for (unsigned k = start; k < pos; ++k) {
         t.fields[t.order[k]].rank = static_cast<uint8_t>(k - start);

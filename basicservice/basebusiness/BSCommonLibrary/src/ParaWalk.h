@@ -20,18 +20,6 @@
 
 namespace para {
 
-// The End of the level whose entries start at `first`, past the levels of its
-// groups.
-constexpr const Field* LevelEnd(const Field* first)
-{
-    for (unsigned depth = 0;; ++first) {
-        if (first->op == Op::Group)
-            ++depth;
-        else if (first->op == Op::End && depth-- == 0)
-            return first;
-    }
-}
-
 template <class V> class Walk {
 public:
     explicit Walk(V& visitor) : v_(visitor) {}
