@@ -161,9 +161,11 @@ std::string ReadFile(const std::string& name, size_t limit, const std::string& t
         }
     } closer{fd};
     struct stat st;
-    if (fstat(fd, &st) == 0 && S_ISDIR(st.st_mode))
+    if (fstat(fd, &st) != 0)
+        throw UsageError("cannot read " + name + ": " + std::strerror(errno));
+    if (S_ISDIR(st.st_mode))
         throw UsageError("cannot read " + name + ": " + std::strerror(EISDIR));
-    if (fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && static_cast<unsigned long long>(st.st_size) > limit)
+    if (S_ISREG(st.st_mode) && static_cast<unsigned long long>(st.st_size) > limit)
         throw UsageError(name + ": " + std::to_string(st.st_size) + " bytes" + tooLong);
     std::string bytes;
     char buffer[65536];
