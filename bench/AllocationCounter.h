@@ -34,6 +34,14 @@ void* operator new(size_t size)
         return p;
     throw std::bad_alloc();
 }
+// The form that returns null instead of throwing (std::stable_sort's buffer)
+// comes from the same heap, so that the delete above frees what it made.
+void* operator new(size_t size, const std::nothrow_t&) noexcept
+{
+    if (bench::g_countAllocations)
+        ++bench::g_allocations;
+    return std::malloc(size ? size : 1);
+}
 void operator delete(void* p) noexcept { std::free(p); }
 void operator delete(void* p, size_t) noexcept { std::free(p); }
 #pragma GCC diagnostic pop
