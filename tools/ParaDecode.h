@@ -11,8 +11,8 @@
 #define PARA_DECODE_H
 
 #include "ParaShow.h"
+#include "ToolText.h"
 
-#include <json/writer.h>
 
 #include <string>
 #include <type_traits>
@@ -68,13 +68,7 @@ inline Json::Value DecodeRecord(const Record& record, const std::string& bytes)
 
 // A decoded document as text. Texts keep their bytes as they are, valid UTF-8
 // or not, so that the text read back stores the same bytes.
-inline std::string DocumentText(const Json::Value& value)
-{
-    Json::StreamWriterBuilder writer;
-    writer["indentation"] = "  ";
-    writer["emitUTF8"] = true;
-    return Json::writeString(writer, value);
-}
+inline std::string DocumentText(const Json::Value& value) { return JsonText(value, "  ", true); }
 
 } // namespace para
 

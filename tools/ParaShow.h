@@ -50,10 +50,10 @@ inline std::string TypeName(const FieldInfo& f)
 struct LayoutList : PlaceVisitor {
     std::vector<FieldInfo> out;
     bool expand = true;
-    const char* letters = nullptr; // of collapsed indexes
 
     FieldInfo Info(const Field& f, const Place& p, size_t size) const
     {
+        const char* letters = expand ? nullptr : "ijk"; // of collapsed indexes
         return {PathText(p.path, letters), PathText(p.keys, letters), p.offset, size, f.kind(), p.path};
     }
     // The line of a collapsed array: u8 SET[3], char[16] N[4], alarmPlan_t AP[2].
@@ -92,7 +92,6 @@ inline std::vector<FieldInfo> Layout(const Record& record, bool expand = true)
 {
     LayoutList list;
     list.expand = expand;
-    list.letters = expand ? nullptr : "ijk";
     WalkRecord(record, list);
     return list.out;
 }

@@ -3,6 +3,7 @@
 #define TOOL_TEXT_H
 
 #include <json/value.h>
+#include <json/writer.h>
 
 #include <cstdio>
 #include <string>
@@ -58,6 +59,16 @@ inline const char* JsonTypeName(const Json::Value& v)
     case Json::objectValue: return "an object";
     }
     return "a value";
+}
+
+// A JSON value as text, on one line unless `indentation` is given; with
+// `utf8`, text keeps its bytes (not escaped as \u sequences).
+inline std::string JsonText(const Json::Value& value, const char* indentation = "", bool utf8 = false)
+{
+    Json::StreamWriterBuilder writer;
+    writer["indentation"] = indentation;
+    writer["emitUTF8"] = utf8;
+    return Json::writeString(writer, value);
 }
 
 #endif

@@ -20,7 +20,6 @@
 #include "ToolkitHost.h"
 
 #include <json/reader.h>
-#include <json/writer.h>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -109,21 +108,11 @@ bool Printable(const std::string& text)
 std::string Render(const std::string& body)
 {
     Json::Value value;
-    if (ParseJson(body.data(), body.size(), value)) {
-        Json::StreamWriterBuilder writer;
-        writer["indentation"] = "  ";
-        return Json::writeString(writer, value) + "\n";
-    }
+    if (ParseJson(body.data(), body.size(), value))
+        return JsonText(value, "  ") + "\n";
     if (Printable(body))
         return !body.empty() && body.back() != '\n' ? body + "\n" : body;
     return HexDump(body);
-}
-
-std::string OneLine(const Json::Value& value)
-{
-    Json::StreamWriterBuilder writer;
-    writer["indentation"] = "";
-    return Json::writeString(writer, value);
 }
 
 using BusProtocol::Routing;
@@ -157,7 +146,7 @@ std::string MessageJson(const std::string& message, const Routing* routing)
     } else {
         out["hex"] = HexText(body.data(), body.size(), true);
     }
-    return OneLine(out);
+    return JsonText(out);
 }
 
 // Local time of day to the microsecond.
@@ -341,7 +330,7 @@ void Table(const Json::Value& list, bool json, const char* heading,
         std::printf("%s\n", heading);
     for (const Json::Value& item : list) {
         if (json)
-            std::printf("%s\n", OneLine(item).c_str());
+            std::printf("%s\n", JsonText(item).c_str());
         else
             row(item);
     }

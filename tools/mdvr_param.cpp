@@ -7,6 +7,7 @@
 // something, diff found a difference, decode cannot give the record back
 // exactly, or the output cannot be written; 2 a usage or input error (one
 // line on standard error).
+#include "BusWire.h"
 #include "CommonParaAdapter.h"
 #include "ParaCheck.h"
 #include "ParaDecode.h"
@@ -19,7 +20,6 @@
 #include <CLI/CLI.hpp>
 
 #include <json/reader.h>
-#include <json/writer.h>
 
 #include <algorithm>
 #include <cctype>
@@ -54,7 +54,7 @@ struct Failure : std::runtime_error {
 };
 
 // The largest document: the largest body a bus message carries.
-const size_t kMaxDocument = 8388607;
+const size_t kMaxDocument = BusWire::kBodyMax;
 
 struct Parsed {
     int result;
@@ -234,19 +234,42 @@ std::pair<int, int> TooDeep(const std::string& text)
     return at.first ? at : std::make_pair(1, 1);
 }
 
-// The document in `text`: one JSON object, with nothing but white space (or
-// comments) after it.
-Json::Value ParseDocument(const std::string& text, const std::string& name)
+// Parses `text` as the tool reads documents (nothing but white space or
+// comments after the value, at most kMaxDepth levels), with `setting` of the
+// JSON reader changed where one is named. On a syntax error, the line and
+// column and the reader's reason. The reader throws when the nesting is too deep.
+struct SyntaxError {
+    int line = 0, column = 0;
+    std::string reason;
+};
+bool ParseText(const std::string& text, Json::Value& doc, SyntaxError& error, const char* setting = nullptr,
+               bool value = false)
 {
     Json::CharReaderBuilder builder;
     builder["failIfExtra"] = true;
     builder["stackLimit"] = kMaxDepth;
+    if (setting)
+        builder[setting] = value;
     std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-    Json::Value doc;
     std::string errors;
+    if (reader->parse(text.data(), text.data() + text.size(), &doc, &errors))
+        return true;
+    std::sscanf(errors.c_str(), "* Line %d, Column %d", &error.line, &error.column);
+    std::string reason = errors.substr(errors.find('\n') + 1);
+    reason = reason.substr(reason.find_first_not_of(' '));
+    error.reason = reason.substr(0, reason.find('\n'));
+    return false;
+}
+
+// The document in `text`: one JSON object, with nothing but white space (or
+// comments) after it.
+Json::Value ParseDocument(const std::string& text, const std::string& name)
+{
+    Json::Value doc;
+    SyntaxError error;
     bool ok = false;
     try {
-        ok = reader->parse(text.data(), text.data() + text.size(), &doc, &errors);
+        ok = ParseText(text, doc, error);
     } catch (const std::exception& e) { // the reader throws when the nesting is too deep
         if (!std::strstr(e.what(), "stackLimit"))
             throw UsageError(name + ": " + e.what());
@@ -254,17 +277,10 @@ Json::Value ParseDocument(const std::string& text, const std::string& name)
         throw UsageError(name + ": nesting deeper than " + std::to_string(kMaxDepth) + " arrays and objects at line " +
                          std::to_string(at.first) + ", column " + std::to_string(at.second));
     }
-    if (!ok) {
-        int line = 0, column = 0;
-        std::sscanf(errors.c_str(), "* Line %d, Column %d", &line, &column);
-        std::string reason = errors.substr(errors.find('\n') + 1);
-        reason = reason.substr(reason.find_first_not_of(' '));
-        reason = reason.substr(0, reason.find('\n'));
-        if (reason.rfind("Extra non-whitespace", 0) == 0)
-            reason = "text after the document";
-        throw UsageError(name + ": JSON syntax error at line " + std::to_string(line) + ", column " +
-                         std::to_string(column) + ": " + reason);
-    }
+    if (!ok)
+        throw UsageError(name + ": JSON syntax error at line " + std::to_string(error.line) + ", column " +
+                         std::to_string(error.column) + ": " +
+                         (error.reason.rfind("Extra non-whitespace", 0) == 0 ? "text after the document" : error.reason));
     if (!doc.isObject()) {
         throw UsageError(name + ": the document is " + JsonTypeName(doc) +
                          ", not an object {\"PARAMETER\":{\"MDVR\":{...}}}");
@@ -319,27 +335,18 @@ void ShowHex(const TypeInfo& t, const Parsed& p)
     std::fputs(HexDump(p.bytes, "  ").c_str(), stdout);
 }
 
-// A JSON value as one line of text.
-std::string OneLine(const Json::Value& value)
-{
-    Json::StreamWriterBuilder writer;
-    writer["indentation"] = "";
-    writer["emitUTF8"] = true;
-    return Json::writeString(writer, value);
-}
-
 // A section as JSON: what the text form heads it with, then its fields by
 // offset under the names the text form gives them.
 void ShowJson(const TypeInfo& t, const Parsed& p, bool first)
 {
     std::printf("%s  %s: {\"type\": %d, \"record\": %s, \"size\": %zu, \"parser\": %s, \"result\": %d, \"fields\": {",
-                first ? "" : ",\n", OneLine(t.key).c_str(), t.type, OneLine(RecordName(t)).c_str(), RecordSize(t),
-                OneLine(t.parser.name).c_str(), p.result);
+                first ? "" : ",\n", JsonText(t.key).c_str(), t.type, JsonText(RecordName(t)).c_str(), RecordSize(t),
+                JsonText(t.parser.name).c_str(), p.result);
     const char* separator = "\n";
     for (const para::FieldInfo& f : para::ByOffset(p.layout)) {
         if (f.kind == para::Kind::Reserved)
             continue;
-        std::printf("%s    %s: %s", separator, OneLine(f.path).c_str(), OneLine(para::ValueJson(p.bytes, f)).c_str());
+        std::printf("%s    %s: %s", separator, JsonText(f.path).c_str(), JsonText(para::ValueJson(p.bytes, f), "", true).c_str());
         separator = ",\n";
     }
     std::printf("\n  }}");
@@ -428,17 +435,10 @@ std::vector<para::Finding> Leniencies(const std::string& text)
          "refuse it"},
     };
     for (const auto& rule : kRules) {
-        Json::CharReaderBuilder builder;
-        builder["stackLimit"] = kMaxDepth;
-        builder[rule.setting] = rule.value;
-        std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
         Json::Value ignored;
-        std::string errors;
-        if (reader->parse(text.data(), text.data() + text.size(), &ignored, &errors))
-            continue;
-        int line = 0, column = 0;
-        std::sscanf(errors.c_str(), "* Line %d, Column %d", &line, &column);
-        found.push_back({"line " + std::to_string(line) + ", column " + std::to_string(column), rule.what});
+        SyntaxError error;
+        if (!ParseText(text, ignored, error, rule.setting, rule.value))
+            found.push_back({"line " + std::to_string(error.line) + ", column " + std::to_string(error.column), rule.what});
     }
     return found;
 }
@@ -453,8 +453,8 @@ int Check(const std::string& file, bool json)
     const Json::Value doc = ParseDocument(text, file);
     std::vector<para::Finding> findings = Leniencies(text);
     const Json::Value& mdvr = para::Member(para::Member(doc, "PARAMETER"), "MDVR");
-    if (!NoSections(doc).empty())
-        findings.push_back({"PARAMETER.MDVR", NoSections(doc)});
+    if (const std::string why = NoSections(doc); !why.empty())
+        findings.push_back({"PARAMETER.MDVR", why});
     else
         for (const std::string& key : mdvr.getMemberNames())
             if (!FindType(key) || std::isdigit(static_cast<unsigned char>(key[0])))
