@@ -1440,21 +1440,12 @@ TEST_F(Bus, ToolSendsCallsListensAndListsWatchdogs)
         EXPECT_EQ(err(), std::string(c.line) + "\n") << c.command;
     }
 
-    // Help on every tool and subcommand, with the exit status; the version.
-    for (const char* command : {MDVR_BUS_COMMAND " --help", MDVR_BUS_COMMAND " send --help",
-                                MDVR_BUS_COMMAND " call --help", MDVR_BUS_COMMAND " listen --help",
-                                MDVR_BUS_COMMAND " dogs --help", MDVR_BUSD_COMMAND " --help"}) {
-        EXPECT_EQ(run(command), 0) << command;
-        EXPECT_NE(out().find("Usage: mdvr-bus"), std::string::npos) << out();
-        EXPECT_NE(out().find("\nExit status:\n  0  "), std::string::npos) << out();
-    }
-    EXPECT_NE(out().find("listen on TCP 127.0.0.1:N"), std::string::npos);
-    EXPECT_EQ(run(MDVR_BUS_COMMAND " call --help"), 0);
-    EXPECT_NE(out().find("(default 2000)"), std::string::npos) << out();
+    // One version line for every tool (their --help is checked against their man pages).
     const struct {
         const char* name;
         const char* command;
-    } versions[] = {{"mdvr-bus", MDVR_BUS_COMMAND}, {"mdvr-busd", MDVR_BUSD_COMMAND}, {"mdvr-recorder", MDVR_RECORDER_COMMAND}};
+    } versions[] = {{"mdvr-bus", MDVR_BUS_COMMAND}, {"mdvr-busd", MDVR_BUSD_COMMAND},
+                    {"mdvr-recorder", MDVR_RECORDER_COMMAND}, {"mdvr-param", MDVR_PARAM_COMMAND}};
     for (const auto& v : versions) {
         EXPECT_EQ(run(v.command + std::string(" --version")), 0);
         EXPECT_EQ(out(), std::string(v.name) + " (BSCommonLibrary) " BSCOMMON_VERSION "\n");
